@@ -1,0 +1,34 @@
+// The routines that take the time, as one table of function pointers.
+//
+// A stage owns geometry: planes, regions, order. A routine owns arithmetic over plain arrays, and only routines come in
+// several versions: one table per instruction set, chosen once per call and carried by the Tile. Every table gives the
+// same bits as PlainRoutines.
+#ifndef KELVO_STAGES_ROUTINES_H
+#define KELVO_STAGES_ROUTINES_H
+
+#include <cstdint>
+#include <span>
+
+#include "stages/stencil.h"
+
+namespace kelvo {
+
+struct PairSweep;
+
+struct Routines {
+  // to[i] = the stencil's value at from + i, for i in 0 .. count - 1. The arrays must not overlap.
+  void (*stencil_row)(const Stencil& stencil, const int32_t* from, int32_t* to, int count);
+
+  // to[i] = the least of 2000000000 and from[i + c] over all distances c in `cells`.
+  void (*minimum_row)(std::span<const int16_t> cells, const int32_t* from, int32_t* to, int count);
+
+  // Searches the moves of `count` pairs, `stride` cells apart, the first at cell `first` of the plane.
+  void (*pair_row)(const PairSweep& sweep, int first, int stride, int count);
+};
+
+// Portable C++, one version for every machine.
+const Routines& PlainRoutines();
+
+}  // namespace kelvo
+
+#endif  // KELVO_STAGES_ROUTINES_H

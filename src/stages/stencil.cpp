@@ -1,0 +1,78 @@
+#include "stages/stencil.h"
+
+#include <algorithm>
+
+#include "stages/fixed_point.h"
+
+namespace kelvo {
+
+int32_t Evaluate(const Stencil& stencil, const int32_t* cell) {
+  uint32_t total = 0;
+  const int16_t* next = stencil.cells.data();
+  for (const PartialSum sum : stencil.sums) {
+    uint32_t part = 0;
+    for (int i = 0; i < sum.count; ++i) part += Bits(cell[next[i]]);
+    next += sum.count;
+    total += sum.shift < 0 ? part << -sum.shift : ShiftRight(part, sum.shift);
+  }
+  return stencil.normaliser == 0 ? Signed(total) : MulHigh(Signed(total), stencil.normaliser);
+}
+
+namespace plain {
+namespace {
+
+// Columns that are worked at once, so that their sums stay in registers.
+constexpr int kBlock = 16;
+
+void StencilBlock(const Stencil& stencil, const int32_t* from, int32_t* to) {
+  uint32_t total[kBlock] = {};
+  const int16_t* next = stencil.cells.data();
+  for (const PartialSum sum : stencil.sums) {
+    uint32_t part[kBlock] = {};
+    for (const int16_t* end = next + sum.count; next != end; ++next)
+      for (int i = 0; i < kBlock; ++i) part[i] += Bits(from[*next + i]);
+    const int left = sum.shift < 0 ? -sum.shift : 0, right = sum.shift < 0 ? 0 : sum.shift;
+    for (int i = 0; i < kBlock; ++i) total[i] += ShiftRight(part[i] << left, right);
+  }
+  for (int i = 0; i < kBlock; ++i)
+    to[i] = stencil.normaliser == 0 ? Signed(total[i]) : MulHigh(Signed(total[i]), stencil.normaliser);
+}
+
+void MinimumBlock(std::span<const int16_t> cells, const int32_t* from, int32_t* to) {
+  int32_t least[kBlock];
+  std::fill_n(least, kBlock, 2000000000);
+  for (const int16_t cell : cells)
+    for (int i = 0; i < kBlock; ++i) least[i] = std::min(least[i], from[cell + i]);
+  std::copy_n(least, kBlock, to);
+}
+
+// Whole blocks, the last of which overlaps the one before it; rows shorter than a block go cell by cell.
+template <class Block, class Cell>
+void ForBlocks(int count, Block block, Cell cell) {
+  if (count < kBlock) {
+    for (int i = 0; i < count; ++i) cell(i);
+    return;
+  }
+  for (int i = 0; i < count; i += kBlock) block(std::min(i, count - kBlock));
+}
+
+}  // namespace
+
+void StencilRow(const Stencil& stencil, const int32_t* from, int32_t* to, int count) {
+  ForBlocks(
+      count, [&](int i) { StencilBlock(stencil, from + i, to + i); },
+      [&](int i) { to[i] = Evaluate(stencil, from + i); });
+}
+
+void MinimumRow(std::span<const int16_t> cells, const int32_t* from, int32_t* to, int count) {
+  const auto minimum = [&](int i) {
+    int32_t least = 2000000000;
+    for (const int16_t cell : cells) least = std::min(least, from[i + cell]);
+    to[i] = least;
+  };
+  ForBlocks(
+      count, [&](int i) { MinimumBlock(cells, from + i, to + i); }, minimum);
+}
+
+}  // namespace plain
+}  // namespace kelvo

@@ -1,0 +1,21 @@
+#include "stages/stencils/disc.h"
+
+#include <utility>
+
+namespace kelvo {
+namespace {
+
+template <size_t... widths>
+constexpr std::array<Stencil, kMaxWidth> MakeViews(std::index_sequence<widths...>) {
+  return {disc::kDisc<static_cast<int>(widths) + 1>.View()...};
+}
+
+constexpr std::array<Stencil, kMaxWidth> kViews = MakeViews(std::make_index_sequence<kMaxWidth>());
+
+}  // namespace
+
+const Stencil& DiscBlur(int width) {
+  return kViews[static_cast<size_t>(width - 1)];
+}
+
+}  // namespace kelvo
