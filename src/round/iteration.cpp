@@ -1,0 +1,62 @@
+#include "round/iteration.h"
+
+#include "round/pair_sweep.h"
+#include "stages/fixed_point.h"
+#include "stages/routines.h"
+#include "stages/schedule.h"
+#include "stages/step_code.h"
+
+namespace kelvo {
+namespace {
+
+// Whether a family of pairs moves in this run.
+bool Moves(const TileParams& params, int family) {
+  return (params.ModelFlags & (family < kDiagonalPair ? kAxisPairs : kDiagonalPairs)) != 0;
+}
+
+}  // namespace
+
+void BlurEstimate(const Tile& tile, const RoundMember& member) {
+  const Region region(member.blur_margin);
+  const Stencil& blur = DiscBlur(member.width);
+  for (int row = region.first; row < region.end; ++row)
+    tile.routines().stencil_row(blur, tile.Row(kEstimate, row, region.first), tile.Row(kBlurred, row, region.first),
+                                region.size());
+}
+
+void FindFloor(const Tile& tile, const RoundMember& member) {
+  const Region region(member.final_margin + 1);
+  const std::span<const int16_t> cells = FloorCells(member.width);
+  for (int row = region.first; row < region.end; ++row)
+    tile.routines().minimum_row(cells, tile.Row(kBlurred, row, region.first), tile.Row(kFloor, row, region.first),
+                                region.size());
+}
+
+void FinePass::Move(const Tile& tile) const {
+  const Region region(member_.final_margin);
+  for (int family = 0; family < kPairFamilies; ++family) {
+    if (!Moves(tile.params(), family)) continue;
+    const PairModel& model = FinePairModel(member_.width, static_cast<PairFamily>(family));
+    const PairSweep sweep = MakePairSweep(tile, model, kPairPlanes[family]);
+    for (int row = region.first; row < region.end; ++row)
+      tile.routines().pair_row(sweep, CellsTo(row, region.first), 1, region.size());
+  }
+}
+
+void FinePass::Apply(const Tile& tile) const {
+  const Region region(member_.final_margin);
+  for (int row = region.first; row < region.end; ++row)
+    for (int column = region.first; column < region.end; ++column)
+      for (int family = 0; family < kPairFamilies; ++family) {
+        if (!Moves(tile.params(), family)) continue;
+        const int32_t coded = LowHalf(tile.At(kPairPlanes[family], row, column));
+        if (coded == 0) continue;
+        const int32_t move = DecodeStep(tile.params(), coded) >> (family < kDiagonalPair ? 0 : 2);
+        int32_t* later = tile.Row(kEstimate, row, column);
+        int32_t* earlier = later + CellsTo(kEarlierPixel[family].row, kEarlierPixel[family].column);
+        *later = WrapAdd(*later, move);
+        *earlier = WrapSub(*earlier, move);
+      }
+}
+
+}  // namespace kelvo

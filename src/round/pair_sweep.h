@@ -1,0 +1,39 @@
+// The sweep over the pairs of one family: every pair searches its move and codes it.
+#ifndef KELVO_ROUND_PAIR_SWEEP_H
+#define KELVO_ROUND_PAIR_SWEEP_H
+
+#include <cstdint>
+
+#include "round/pair_model.h"
+#include "stages/tile.h"
+
+namespace kelvo {
+
+// What all pairs of a sweep share. Pointers are to the first cells of planes.
+struct PairSweep {
+  const PairModel* model;
+  int32_t* estimate;
+  int32_t* blurred;  // its first 8192 cells are the weight tables
+  const int32_t* observed;
+  const int32_t* floor;
+  int32_t* codes;  // the family's coded moves, low halves
+  int iteration;   // from 1
+  int half_step;
+  int scale_shift;
+  int32_t unit;  // linear units of one step before ScaleShift: 1.5 x GradientScale, truncated
+  bool undo;     // moves are taken back once they are coded
+};
+
+PairSweep MakePairSweep(const Tile& tile, const PairModel& model, int codes_plane);
+
+namespace plain {
+
+// See Routines::pair_row. A pair whose moves stay changes the planes that the next pair reads, so the order, left to
+// right, is part of the result.
+void PairRow(const PairSweep& sweep, int first, int stride, int count);
+
+}  // namespace plain
+
+}  // namespace kelvo
+
+#endif  // KELVO_ROUND_PAIR_SWEEP_H
