@@ -12,6 +12,11 @@ namespace kelvo {
 //   reads  kStaged, region margin, display values;  writes  kEstimate, region shortcut_margin
 void SharpenStaged(const Tile& tile, const RoundMember& member);
 
+// What a restoration makes of a flat tile of `display` (0..32640): 0..32640. Runs that iterate go to linear light and
+// back (RoundTrip); those that end with the shortcut stay within 3 of `display`. The difference of a result to this is
+// what the restoration changed.
+int32_t FlatResponse(const RoundMember& member, int shortcut_mode, int32_t display);
+
 }  // namespace kelvo
 
 #endif  // KELVO_ROUND_SHORTCUT_H

@@ -6,16 +6,32 @@
 
 namespace kelvo {
 
-int32_t Evaluate(const Stencil& stencil, const int32_t* cell) {
+namespace {
+
+// Adds up the partial sums, each of which `part` gives, and normalises the total.
+template <class Part>
+int32_t Total(const Stencil& stencil, Part part) {
   uint32_t total = 0;
-  const int16_t* next = stencil.cells.data();
   for (const PartialSum sum : stencil.sums) {
-    uint32_t part = 0;
-    for (int i = 0; i < sum.count; ++i) part += Bits(cell[next[i]]);
-    next += sum.count;
-    total += sum.shift < 0 ? part << -sum.shift : ShiftRight(part, sum.shift);
+    const uint32_t cells = part(sum.count);
+    total += sum.shift < 0 ? cells << -sum.shift : ShiftRight(cells, sum.shift);
   }
   return stencil.normaliser == 0 ? Signed(total) : MulHigh(Signed(total), stencil.normaliser);
+}
+
+}  // namespace
+
+int32_t Evaluate(const Stencil& stencil, const int32_t* cell) {
+  const int16_t* next = stencil.cells.data();
+  return Total(stencil, [&](int count) {
+    uint32_t part = 0;
+    for (const int16_t* end = next + count; next != end; ++next) part += Bits(cell[*next]);
+    return part;
+  });
+}
+
+int32_t EvaluateFlat(const Stencil& stencil, int32_t value) {
+  return Total(stencil, [value](int count) { return Bits(count) * Bits(value); });
 }
 
 namespace plain {

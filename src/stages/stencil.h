@@ -125,6 +125,9 @@ class StencilBuilder {
 // The stencil's value at one cell. All arithmetic wraps.
 int32_t Evaluate(const Stencil& stencil, const int32_t* cell);
 
+// The stencil's value where every cell holds `value`: lower than it by the truncation of the partial sums.
+int32_t EvaluateFlat(const Stencil& stencil, int32_t value);
+
 namespace plain {
 
 // See Routines::stencil_row and Routines::minimum_row.

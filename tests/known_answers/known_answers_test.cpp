@@ -48,10 +48,11 @@ std::string Hex(uint32_t crc) {
 }
 
 void CheckFields(TileParams& params, const json& fields) {
-  for (const auto& [name, value] : fields.items()) {
+  for (auto field = fields.begin(); field != fields.end(); ++field) {
+    const std::string name = field.key();
     CAPTURE(name);
     const int32_t* word = FieldWord(params, name);
-    const json values = value.is_array() ? value : json::array({value});
+    const json values = field->is_array() ? *field : json::array({*field});
     for (const json& number : values) CHECK(*word++ == static_cast<int32_t>(number.get<int64_t>()));
   }
 }

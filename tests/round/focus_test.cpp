@@ -1,0 +1,129 @@
+// Whole runs of defocus and focus: what must hold for every width, whatever the tile and the heap.
+#include <doctest/doctest.h>
+
+#include <algorithm>
+
+#include "round/focus.h"
+#include "round/shortcut.h"
+#include "stages/stencils/disc.h"
+#include "support/tiles.h"
+
+namespace kelvo::test {
+namespace {
+
+constexpr int kLastRestored = 7;
+
+Bench Prepared(uint32_t heap_seed, const std::string& kind, const std::vector<int>& arguments, int width) {
+  Bench bench(heap_seed);
+  bench.Fill(kind, arguments);
+  bench.params.BlurSpec = static_cast<uint32_t>(width);
+  return bench;
+}
+
+bool IsFlat(const std::vector<int32_t>& core) {
+  return std::all_of(core.begin(), core.end(), [&](int32_t cell) { return cell == core.front(); });
+}
+
+TEST_CASE("a flat tile stays flat: defocus") {
+  for (int width = 1; width <= kMaxWidth; ++width)
+    for (const int display : {0, 128, 896, 12800, 12801, 32640, 32767}) {
+      CAPTURE(width);
+      CAPTURE(display);
+      Bench bench = Prepared(77, "flat", {display}, width);
+      REQUIRE(kelvo_defocus_tile(&bench.params, bench.heap()) == 0);
+      CHECK(IsFlat(bench.Core()));
+    }
+}
+
+TEST_CASE("a flat tile stays flat, and its response is the predicted one: focus") {
+  for (int width = 1; width <= kLastRestored; ++width)
+    for (int accuracy = -2; accuracy <= 2; ++accuracy)
+      for (int noise = -1; noise <= 3; ++noise)
+        for (const int display : {128 * 2, 12800 + 17 * noise + accuracy, 32640}) {
+          CAPTURE(width);
+          CAPTURE(accuracy);
+          CAPTURE(noise);
+          CAPTURE(display);
+          Bench bench = Prepared(77, "flat", {display}, width);
+          bench.params.Accuracy = accuracy;
+          bench.params.RemoveNoise = noise;
+          const uint32_t variant = static_cast<uint32_t>(width + accuracy + noise) & 1u;
+          REQUIRE(kelvo_focus_tile_with(&bench.params, bench.heap(), variant) == 0);
+          CHECK(IsFlat(bench.Core()));
+          CHECK(bench.Core().front() == FlatResponse(MemberOf(width), bench.params.ShortcutMode, display));
+        }
+}
+
+// The one-shot runs keep the fraction of a grey level, so every fraction has a response of its own.
+TEST_CASE("flat tiles of every fraction keep to the response: shortcuts") {
+  for (int width = 1; width <= 6; ++width)
+    for (int fraction = 0; fraction < 128; ++fraction) {
+      const int display = 128 * (3 + 40 * width) + fraction;
+      CAPTURE(width);
+      CAPTURE(display);
+      Bench bench = Prepared(77, "flat", {display}, width);
+      bench.params.Accuracy = -2;
+      REQUIRE(kelvo_focus_tile(&bench.params, bench.heap()) == 0);
+      CHECK(bench.Core().front() == FlatResponse(MemberOf(width), bench.params.ShortcutMode, display));
+    }
+}
+
+TEST_CASE("a result does not depend on what the heap held") {
+  const struct {
+    const char* kind;
+    int accuracy;
+    uint32_t variant;
+  } cases[] = {{"soft", 1, 0}, {"wild", -1, 1}, {"blackwhite", 2, 0}};
+  for (int width = 1; width <= kLastRestored; ++width)
+    for (const auto& c : cases) {
+      CAPTURE(width);
+      CAPTURE(c.kind);
+      std::vector<int32_t> cores[2];
+      for (uint32_t i = 0; i < 2; ++i) {
+        Bench bench = Prepared(77 + 123457 * i, c.kind, {width, 1}, width);
+        bench.params.Accuracy = c.accuracy;
+        bench.params.JPGCompression = 17;
+        REQUIRE(kelvo_focus_tile_with(&bench.params, bench.heap(), c.variant) == 0);
+        cores[i] = bench.Core();
+      }
+      CHECK(cores[0] == cores[1]);
+    }
+}
+
+// Under the sanitizers this shows that hostile cells and unchecked fields lead nowhere outside the heap.
+TEST_CASE("hostile tiles run at every width and level, and the result is a display value") {
+  for (int width = 1; width <= kLastRestored; ++width)
+    for (int accuracy = -2; accuracy <= 2; ++accuracy) {
+      CAPTURE(width);
+      CAPTURE(accuracy);
+      Bench bench = Prepared(77, accuracy & 1 ? "wild" : "blackwhite", {width}, width);
+      bench.params.Accuracy = accuracy;
+      bench.params.RemoveNoise = (width + accuracy + 2) % 5 - 1;
+      bench.params.JPGCompression = accuracy == 0 ? INT32_MIN : INT32_MAX;
+      bench.params.TileTop = bench.params.JPGHorizontalOffset = INT32_MIN;
+      bench.params.TileLeft = bench.params.JPGVerticalOffset = INT32_MAX;
+      for (const uint32_t variant : {0u, 1u}) {
+        REQUIRE(kelvo_focus_tile_with(&bench.params, bench.heap(), variant) == 0);
+        const std::vector<int32_t> core = bench.Core();
+        CHECK(*std::min_element(core.begin(), core.end()) >= 0);
+        CHECK(*std::max_element(core.begin(), core.end()) <= 32767);
+      }
+    }
+}
+
+TEST_CASE("widths and directions that are not built leave the tile untouched") {
+  for (const uint32_t spec : {8u, 20u, 5u | 30u << 8, 5u | 100u << 8, 5u | 150u << 8, 5u | 60u << 8}) {
+    CAPTURE(spec);
+    Bench bench;
+    bench.Fill("noise", {5});
+    bench.params.BlurSpec = spec;
+    bench.params.Message[0] = 'x';
+    const uint32_t before = bench.Crc(0, 0, 256);
+    CHECK(kelvo_focus_tile(&bench.params, bench.heap()) == 0);
+    CHECK(bench.Crc(0, 0, 256) == before);
+    CHECK(bench.params.Message[0] == 0);
+  }
+}
+
+}  // namespace
+}  // namespace kelvo::test
