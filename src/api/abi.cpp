@@ -3,7 +3,7 @@
 
 #include "kelvo/kelvo.h"
 
-#define KELVO_AT(field, offset) static_assert(offsetof(TileParams, field) == offset)
+#define KELVO_AT(field, offset) static_assert(offsetof(TileParams, field) == (offset))
 
 static_assert(sizeof(TileParams) == 1004);
 static_assert(sizeof(float) == 4);

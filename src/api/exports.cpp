@@ -23,6 +23,7 @@ int32_t Run(TileParams* params, Check check, Process process) {
 }
 
 int32_t* HeapOf(const TileParams* params) {
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): the block carries an address by definition
   return reinterpret_cast<int32_t*>(static_cast<uintptr_t>(params->WorkHeap));
 }
 

@@ -1,5 +1,6 @@
 #include "round/pair_model.h"
 
+#include <cassert>
 #include <utility>
 
 #include "stages/stencils/disc.h"
@@ -24,6 +25,7 @@ class WeightGrid {
         weights_[Index(step.row, step.column)] += weight;
         total += weight;
       }
+    assert(total > 0);
     for (int64_t& weight : weights_) weight = weight * 65536 / total;
   }
 

@@ -46,7 +46,7 @@ const KindTable kMotionTable = {
 const float kWidthFactor[kWidths] = {0.0f, 0.3f, 0.6f, 0.9f, 1.3f, 1.7f, 2.0f, 3.0f, 3.5f, 3.8f, 4.0f,
                                      4.2f, 4.4f, 4.7f, 5.0f, 5.5f, 6.0f, 6.5f, 7.0f, 7.5f, 8.0f};
 
-const int8_t kShortcuts[5][6] = {
+const int16_t kShortcuts[5][6] = {
   {3, 3, 3, 3, 3, 2},
   {3, 3, 3, 3, 2, 1},
   {3, 3, 3, 2, 1, 0},

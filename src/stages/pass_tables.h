@@ -29,7 +29,7 @@ extern const KindTable kMotionTable;
 extern const float kWidthFactor[kWidths];  // strength by width
 
 // ShortcutMode of round widths 1..6 (columns) for Accuracy -2..2 (rows).
-extern const int8_t kShortcuts[5][6];
+extern const int16_t kShortcuts[5][6];
 
 }  // namespace kelvo
 

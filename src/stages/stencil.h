@@ -8,6 +8,7 @@
 #define KELVO_STAGES_STENCIL_H
 
 #include <array>
+#include <cassert>
 #include <cstdint>
 #include <initializer_list>
 #include <span>
@@ -97,6 +98,7 @@ class StencilBuilder {
     for (const PartialSum sum : sums_) finest = sum.shift > finest ? sum.shift : finest;
     uint64_t total = 0;  // in units of 2^-finest
     for (const PartialSum sum : sums_) total += static_cast<uint64_t>(sum.count) << (finest - sum.shift);
+    assert(total > 0);
     normaliser_ = total == uint64_t{1} << finest ? 0 : static_cast<uint32_t>((uint64_t{1} << (32 + finest)) / total);
     return *this;
   }

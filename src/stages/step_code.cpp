@@ -1,5 +1,6 @@
 #include "stages/step_code.h"
 
+#include <cassert>
 #include <initializer_list>
 
 #include "stages/fixed_point.h"
@@ -56,6 +57,7 @@ void ForEachCell(const Tile& tile, int plane, Change change) {
 }  // namespace
 
 float StepFactor(int code) {
+  assert(code <= kGreatestCode);
   return code <= kLeastCode ? 0.0f : kStepFactors[code - kLeastCode - 1];
 }
 

@@ -49,7 +49,7 @@ std::string Hex(uint32_t crc) {
 
 void CheckFields(TileParams& params, const json& fields) {
   for (auto field = fields.begin(); field != fields.end(); ++field) {
-    const std::string name = field.key();
+    const std::string& name = field.key();
     CAPTURE(name);
     const int32_t* word = FieldWord(params, name);
     const json values = field->is_array() ? *field : json::array({*field});

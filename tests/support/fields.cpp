@@ -10,7 +10,7 @@ namespace kelvo::test {
   { #name, offsetof(TileParams, name) }
 
 int32_t* FieldWord(TileParams& params, const std::string& name) {
-  static const std::map<std::string, size_t> kOffsets = {
+  static const std::map<std::string, size_t> offsets = {
       KELVO_FIELD(StructureSize),
       KELVO_FIELD(BlurSpec),
       KELVO_FIELD(RemoveNoise),
@@ -49,8 +49,8 @@ int32_t* FieldWord(TileParams& params, const std::string& name) {
       KELVO_FIELD(MotionState),
       KELVO_FIELD(RefineIndex),
   };
-  const auto found = kOffsets.find(name);
-  if (found == kOffsets.end()) throw std::invalid_argument("unknown field: " + name);
+  const auto found = offsets.find(name);
+  if (found == offsets.end()) throw std::invalid_argument("unknown field: " + name);
   return reinterpret_cast<int32_t*>(reinterpret_cast<char*>(&params) + found->second);
 }
 

@@ -38,14 +38,18 @@ void MeasureDirections(const Tile& tile, int margin) {
   }
 }
 
-// Sets `flag` on the cells of the square of the given radius around (row, column) that lie in the region and pass.
+struct Square {
+  int row, column, radius;
+};
+
+// Sets `flag` on the cells of the square that lie in the region and pass.
 template <class Predicate>
-void MarkSquare(const Tile& tile, const Region& region, int row, int column, int radius, uint32_t flag,
-                Predicate pass) {
-  const int first = std::max(column - radius, region.first), end = std::min(column + radius + 1, region.end);
-  for (int y = std::max(row - radius, region.first); y < std::min(row + radius + 1, region.end); ++y)
-    for (int x = first; x < end; ++x) {
-      int32_t& cell = tile.At(kClass, y, x);
+void MarkSquare(const Tile& tile, const Region& region, Square square, uint32_t flag, Predicate pass) {
+  const auto first = [&](int middle) { return std::max(middle - square.radius, region.first); };
+  const auto end = [&](int middle) { return std::min(middle + square.radius + 1, region.end); };
+  for (int row = first(square.row); row < end(square.row); ++row)
+    for (int column = first(square.column); column < end(square.column); ++column) {
+      int32_t& cell = tile.At(kClass, row, column);
       if (pass(Bits(cell))) cell = Signed(Bits(cell) | flag);
     }
 }
@@ -60,7 +64,7 @@ void MarkEdgeSurroundings(const Tile& tile, int margin) {
       if (score < 3) continue;
       const uint32_t own = score >= 8 ? kOnEdge : score >= 4 ? kByEdge : kNearEdge;
       const uint32_t before = Bits(cell);
-      if (score >= 4) MarkSquare(tile, region, row, column, 1, own << 1, any);
+      if (score >= 4) MarkSquare(tile, region, {row, column, 1}, own << 1, any);
       cell = Signed(before | own);  // the square's middle is not its own neighbour
     }
 }
@@ -75,8 +79,8 @@ void MarkRinging(const Tile& tile, int margin) {
       const uint32_t contrast = Contrast(Bits(tile.At(kClass, row, column)));
       if (contrast <= 50) continue;
       const uint32_t near = contrast >= 201 ? kRinging1 : contrast >= 101 ? kRinging2 : kRinging3;
-      MarkSquare(tile, region, row, column, 4, near, flat);
-      if (contrast >= 101) MarkSquare(tile, region, row, column, 8, near << 1, flat);
+      MarkSquare(tile, region, {row, column, 4}, near, flat);
+      if (contrast >= 101) MarkSquare(tile, region, {row, column, 8}, near << 1, flat);
     }
 }
 

@@ -36,10 +36,11 @@ Block Load(const int32_t* cell) {
           Bits(cell[1]), Bits(down[-1]), Bits(down[0]), Bits(down[1])};
 }
 
-// A diagonal: its own line with the bend weighed 4, and the pairs of side cells parallel to it; three quarters.
-int32_t Diagonal(const Block& b, uint32_t from, uint32_t to, uint32_t p, uint32_t q, uint32_t r, uint32_t s) {
-  const uint32_t line = Difference(from, b.c) + Difference(b.c, to) + 4 * Bend(from, b.c, to);
-  return LessPart(line + Difference(p, q) + Difference(r, s), 2, 2);
+// A diagonal through the middle cell `c`: its own line with the bend weighed 4, and the two pairs of side cells
+// parallel to it, by their differences; three quarters.
+int32_t Diagonal(uint32_t from, uint32_t c, uint32_t to, uint32_t side1, uint32_t side2) {
+  const uint32_t line = Difference(from, c) + Difference(c, to) + 4 * Bend(from, c, to);
+  return LessPart(line + side1 + side2, 2, 2);
 }
 
 // A direction between an axis and a diagonal: two lines from a side cell to a corner, which pass exactly between two
@@ -55,11 +56,11 @@ Roughness MeasureRoughness(const int32_t* cell) {
   const int32_t m[8] = {
       Signed(Line(b.nw, b.n, b.ne) + 2 * Line(b.w, b.c, b.e) + Line(b.sw, b.s, b.se)) >> 3,
       Between(Line(b.w, Average(b.n, b.c), b.ne), Line(b.sw, Average(b.c, b.s), b.e)),
-      Diagonal(b, b.sw, b.ne, b.w, b.n, b.s, b.e),
+      Diagonal(b.sw, b.c, b.ne, Difference(b.w, b.n), Difference(b.s, b.e)),
       Between(Line(b.s, Average(b.c, b.e), b.ne), Line(b.sw, Average(b.w, b.c), b.n)),
       Signed(Line(b.nw, b.w, b.sw) + 2 * Line(b.n, b.c, b.s) + Line(b.ne, b.e, b.se)) >> 3,
       Between(Line(b.s, Average(b.w, b.c), b.nw), Line(b.se, Average(b.c, b.e), b.n)),
-      Diagonal(b, b.nw, b.se, b.n, b.e, b.w, b.s),
+      Diagonal(b.nw, b.c, b.se, Difference(b.n, b.e), Difference(b.w, b.s)),
       Between(Line(b.w, Average(b.c, b.s), b.se), Line(b.nw, Average(b.n, b.c), b.e)),
   };
   int direction = 0;
