@@ -21,14 +21,14 @@ double Milliseconds(Clock::duration time) {
   return std::chrono::duration<double, std::milli>(time).count();
 }
 
-// The fine pass with a clock around its pair search.
-class TimedFinePass : public kelvo::FinePass {
+// A pass with a clock around its pair search.
+class TimedPass : public kelvo::PairPass {
  public:
-  explicit TimedFinePass(const kelvo::RoundMember& member) : FinePass(member) {}
+  using PairPass::PairPass;
 
   void Move(const kelvo::Tile& tile) const {
     const auto start = Clock::now();
-    FinePass::Move(tile);
+    PairPass::Move(tile);
     searching += Clock::now() - start;
   }
 
@@ -58,10 +58,10 @@ Times TimeFocus(Bench& bench, const std::vector<int32_t>& tile, int width, int a
   bench.params.Accuracy = accuracy;
   return Fastest(repeats, bench, tile, [&] {
     const kelvo::RoundMember& member = kelvo::MemberOf(width);
-    const TimedFinePass fine(member);
+    const TimedPass coarse(member, kelvo::PairKind::kCoarse), fine(member, kelvo::PairKind::kFine);
     const kelvo::Tile view(bench.params, bench.heap(), kelvo::PlainRoutines(), KELVO_VARIANT_UNDO_ROUND_MOVES);
-    kelvo::RunRoundFocus(view, member, fine);
-    return Milliseconds(fine.searching);
+    kelvo::RunRoundFocus(view, member, coarse, fine);
+    return Milliseconds(coarse.searching + fine.searching);
   });
 }
 

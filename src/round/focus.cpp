@@ -6,7 +6,7 @@ namespace kelvo {
 
 void FocusRound(const Tile& tile) {
   const RoundMember& member = MemberOf(BlurWidth(tile.params()));
-  RunRoundFocus(tile, member, FinePass(member));
+  RunRoundFocus(tile, member, PairPass(member, PairKind::kCoarse), PairPass(member, PairKind::kFine));
 }
 
 }  // namespace kelvo

@@ -8,7 +8,7 @@ namespace kelvo {
 
 // Whether FocusRound restores this width yet.
 constexpr bool RestoresRound(int width) {
-  return width >= 1 && width <= 7;
+  return width >= 1 && width <= 20;
 }
 
 // Restores the core of kDisplay from the round blur of the block's width; the rest of the plane is context.

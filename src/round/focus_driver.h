@@ -12,17 +12,20 @@
 
 namespace kelvo {
 
-// `fine` is the stages of the member's fine pass (see stages/restoration.h); a benchmark may bring its own.
-template <class Fine>
-void RunRoundFocus(const Tile& tile, const RoundMember& member, const Fine& fine) {
-  SetUpSchedule(tile.params());
+// `coarse` and `fine` are the stages of the member's passes (see stages/restoration.h); a benchmark may bring its own.
+// Members with one pass run the fine one alone.
+template <class Pass>
+void RunRoundFocus(const Tile& tile, const RoundMember& member, const Pass& coarse, const Pass& fine) {
+  TileParams& params = tile.params();
+  SetUpSchedule(params);
   ClearPrefilterPlanes(tile);
   Prefilter(tile, member.margin, member.extra_margin);
   if (StageRound(tile, member) == Staging::kFinished) return;
 
-  fine.Blur(tile);
+  BlurEstimate(tile, member);
   FindFloor(tile, member);
-  RunPass(tile, fine, 1, member.scale_shift, tile.params().IterationCount);
+  RunPass(tile, member.passes == 2 ? coarse : fine, 1, member.scale_shift, params.IterationCount);
+  if (member.passes == 2) RunPass(tile, fine, 2, member.scale_shift, params.ExtraIterations);
   Extrapolate(tile, member.final_margin);
   OutputCore(tile, OutputBase::kEstimate);
 }

@@ -32,30 +32,27 @@ void FindFloor(const Tile& tile, const RoundMember& member) {
                                 region.size());
 }
 
-void FinePass::Move(const Tile& tile) const {
+void PairPass::Move(const Tile& tile) const {
   const Region region(member_.final_margin);
   for (int family = 0; family < kPairFamilies; ++family) {
     if (!Moves(tile.params(), family)) continue;
-    const PairModel& model = FinePairModel(member_.width, static_cast<PairFamily>(family));
+    const PairModel& model = ModelOf(kind_, member_.width, static_cast<PairFamily>(family));
     const PairSweep sweep = MakePairSweep(tile, model, kPairPlanes[family]);
-    for (int row = region.first; row < region.end; ++row)
-      tile.routines().pair_row(sweep, CellsTo(row, region.first), 1, region.size());
+    for (int row = region.first; row < region.end; row += Stride())
+      tile.routines().pair_row(sweep, CellsTo(row, region.first), Stride(), region.size() / Stride());
   }
 }
 
-void FinePass::Apply(const Tile& tile) const {
+void PairPass::Apply(const Tile& tile) const {
   const Region region(member_.final_margin);
-  for (int row = region.first; row < region.end; ++row)
-    for (int column = region.first; column < region.end; ++column)
+  for (int row = region.first; row < region.end; row += Stride())
+    for (int column = region.first; column < region.end; column += Stride())
       for (int family = 0; family < kPairFamilies; ++family) {
         if (!Moves(tile.params(), family)) continue;
         const int32_t coded = LowHalf(tile.At(kPairPlanes[family], row, column));
         if (coded == 0) continue;
-        const int32_t move = DecodeStep(tile.params(), coded) >> (family < kDiagonalPair ? 0 : 2);
-        int32_t* later = tile.Row(kEstimate, row, column);
-        int32_t* earlier = later + CellsTo(kEarlierPixel[family].row, kEarlierPixel[family].column);
-        *later = WrapAdd(*later, move);
-        *earlier = WrapSub(*earlier, move);
+        const PairModel& model = ModelOf(kind_, member_.width, static_cast<PairFamily>(family));
+        Spread(model, tile.Row(kEstimate, row, column), DecodeStep(tile.params(), coded) >> model.apply_shift);
       }
 }
 

@@ -16,25 +16,25 @@ void BlurEstimate(const Tile& tile, const RoundMember& member);
 //   reads  kBlurred;  writes  kFloor, region final_margin + 1
 void FindFloor(const Tile& tile, const RoundMember& member);
 
-// The fine pass, on every cell of region final_margin: Stages of stages/restoration.h. Axis pairs move if ModelFlags
-// has kAxisPairs, diagonal pairs if it has kDiagonalPairs. A pair's move shifts light between two pixels and so keeps
-// the sum.
-class FinePass {
+// A pass of one kind of pairs over region final_margin: Stages of stages/restoration.h. Fine pairs stand at every cell,
+// coarse ones at every second row and column from the region's first on. Axis pairs move if ModelFlags has kAxisPairs,
+// diagonal pairs if it has kDiagonalPairs. A move shifts light between two places and so keeps the sum.
+class PairPass {
  public:
   static constexpr int kCodePlanes[] = {kHorizontal, kVertical, kDiagonal, kAntiDiagonal};
 
-  explicit FinePass(const RoundMember& member) : member_(member) {}
+  PairPass(const RoundMember& member, PairKind kind) : member_(member), kind_(kind) {}
 
   void Blur(const Tile& tile) const { BlurEstimate(tile, member_); }
   void Move(const Tile& tile) const;
-
-  // Intended: a diagonal pair moves by a quarter of its decoded step, rounded down.
   void Apply(const Tile& tile) const;
-
   int RefineCount(const TileParams& params) const { return RoundRefineCount(member_, params); }
 
  private:
+  int Stride() const { return kind_ == PairKind::kFine ? 1 : 2; }
+
   const RoundMember& member_;
+  PairKind kind_;
 };
 
 }  // namespace kelvo

@@ -44,59 +44,134 @@ class WeightGrid {
   std::array<int64_t, kSide * kSide> weights_{};
 };
 
-constexpr void SetNeighbours(PairModel& model) {
+// Where the pixels of a pair lie, from its cell, and how far apart.
+struct PairShape {
+  CellStep a, b;
+  int spacing;
+};
+
+constexpr PairShape kFineShapes[kPairFamilies] = {
+    {{0, -1}, {0, 0}, 1}, {{-1, 0}, {0, 0}, 1}, {{-1, -1}, {0, 0}, 1}, {{-1, 1}, {0, 0}, 1}};
+constexpr PairShape kCoarseShapes[kPairFamilies] = {
+    {{0, -1}, {0, 1}, 2}, {{-1, 0}, {1, 0}, 2}, {{-1, -1}, {1, 1}, 2}, {{1, -1}, {-1, 1}, 2}};
+
+constexpr int TentWeight(int row, int column) {
+  const bool inside = row >= -1 && row <= 1 && column >= -1 && column <= 1;
+  return inside ? (row == 0 ? 2 : 1) * (column == 0 ? 2 : 1) : 0;
+}
+
+constexpr int PointWeight(int row, int column) {
+  return row == 0 && column == 0 ? 1 : 0;
+}
+
+constexpr int SpreadWeight(PairKind kind, int row, int column) {
+  return kind == PairKind::kFine ? PointWeight(row, column) : TentWeight(row, column);
+}
+
+constexpr void SetNeighbours(PairModel& model, int spacing) {
   size_t count_a = 0, count_b = 0;
-  for (int row = -1; row <= 1; ++row)
-    for (int column = -1; column <= 1; ++column) {
+  for (int row = -spacing; row <= spacing; row += spacing)
+    for (int column = -spacing; column <= spacing; column += spacing) {
       if (row == 0 && column == 0) continue;
-      const int of_b = CellsTo(row, column), of_a = model.a + of_b;
-      if (of_b != model.a) model.neighbours_b[count_b++] = static_cast<int16_t>(of_b);
+      const int of_a = model.a + CellsTo(row, column), of_b = model.b + CellsTo(row, column);
       if (of_a != model.b) model.neighbours_a[count_a++] = static_cast<int16_t>(of_a);
+      if (of_b != model.a) model.neighbours_b[count_b++] = static_cast<int16_t>(of_b);
     }
 }
 
-constexpr PairModel MakeFineModel(const WeightGrid& weights, CellStep a) {
-  PairModel model{};
-  model.a = static_cast<int16_t>(CellsTo(a.row, a.column));
-  SetNeighbours(model);
-  for (int row = -WeightGrid::kReach - 1; row <= WeightGrid::kReach + 1; ++row)
-    for (int column = -WeightGrid::kReach - 1; column <= WeightGrid::kReach + 1; ++column) {
-      const int32_t amount = weights.At(row, column) - weights.At(row - a.row, column - a.column);
-      if (amount <= 0) continue;
+// The cells of both spreads; where they overlap they cancel in part or whole.
+constexpr void SetSpread(PairModel& model, PairKind kind, const PairShape& shape) {
+  for (int row = -2; row <= 2; ++row)
+    for (int column = -2; column <= 2; ++column) {
+      const int weight = SpreadWeight(kind, row - shape.b.row, column - shape.b.column) -
+                         SpreadWeight(kind, row - shape.a.row, column - shape.a.column);
+      if (weight == 0) continue;
+      model.spread[static_cast<size_t>(model.spread_count++)] = {static_cast<int16_t>(CellsTo(row, column)),
+                                                                 static_cast<int16_t>(weight)};
+    }
+}
+
+// Change of the blurred estimate at a cell by one unit, 1/65536. A tent's middle is a whole unit, as in a fine pair.
+constexpr int32_t Response(const WeightGrid& weights, PairKind kind, const PairShape& shape, int row, int column) {
+  int32_t sum = 0;
+  for (int y = -1; y <= 1; ++y)
+    for (int x = -1; x <= 1; ++x)
+      sum += SpreadWeight(kind, y, x) * (weights.At(row - shape.b.row - y, column - shape.b.column - x) -
+                                         weights.At(row - shape.a.row - y, column - shape.a.column - x));
+  return kind == PairKind::kFine ? sum : sum / 4;
+}
+
+// The rising side of the response, and the falling one by symmetry. Of a coarse pair's response the cells below a
+// quarter of its largest are dropped: nearly half of the cells, which carry about a tenth of it.
+constexpr void SetResponse(PairModel& model, PairKind kind, const PairShape& shape, const WeightGrid& weights) {
+  constexpr int kReach = WeightGrid::kReach + 2;
+  constexpr int kSide = 2 * kReach + 1;
+  std::array<int32_t, kSide * kSide> responses{};
+  int32_t largest = 0;
+  size_t next = 0;
+  for (int row = -kReach; row <= kReach; ++row)
+    for (int column = -kReach; column <= kReach; ++column) {
+      const int32_t amount = Response(weights, kind, shape, row, column);
+      largest = amount > largest ? amount : largest;
+      responses[next++] = amount;
+    }
+  next = 0;
+  for (int row = -kReach; row <= kReach; ++row)
+    for (int column = -kReach; column <= kReach; ++column) {
+      const int32_t amount = responses[next++];
+      if (amount <= 0 || (kind == PairKind::kCoarse && 4 * amount < largest)) continue;
       const auto i = static_cast<size_t>(model.side++);
       model.cells_b[i] = static_cast<int16_t>(CellsTo(row, column));
-      model.cells_a[i] = static_cast<int16_t>(CellsTo(a.row - row, a.column - column));
+      model.cells_a[i] = static_cast<int16_t>(model.a + model.b - model.cells_b[i]);
       model.amounts[i] = amount;
     }
   model.padded = static_cast<int16_t>((model.side + PairModel::kLanes - 1) / PairModel::kLanes * PairModel::kLanes);
+}
+
+constexpr PairModel MakeModel(PairKind kind, const WeightGrid& weights, int family) {
+  const PairShape& shape = kind == PairKind::kFine ? kFineShapes[family] : kCoarseShapes[family];
+  PairModel model{};
+  model.a = static_cast<int16_t>(CellsTo(shape.a.row, shape.a.column));
+  model.b = static_cast<int16_t>(CellsTo(shape.b.row, shape.b.column));
+  SetNeighbours(model, shape.spacing);
+  SetSpread(model, kind, shape);
+  SetResponse(model, kind, shape, weights);
+  model.spread_shift = kind == PairKind::kFine ? 0 : 2;
+  // Intended: fine diagonal pairs, too, apply a quarter of their decoded step.
+  model.apply_shift = kind == PairKind::kFine && family < kDiagonalPair ? 0 : 2;
   return model;
 }
 
 using FamilyModels = std::array<PairModel, kPairFamilies>;
 
-template <int width>
-constexpr FamilyModels MakeFineModels() {
+template <PairKind kind, int width>
+constexpr FamilyModels MakeModels() {
   const WeightGrid weights(disc::kDisc<width>.View());
   FamilyModels models{};
-  for (size_t family = 0; family < kPairFamilies; ++family)
-    models[family] = MakeFineModel(weights, kEarlierPixel[family]);
+  for (int family = 0; family < kPairFamilies; ++family)
+    models[static_cast<size_t>(family)] = MakeModel(kind, weights, family);
   return models;
 }
 
-template <int width>
-constexpr FamilyModels kFineModels = MakeFineModels<width>();
+template <PairKind kind, int width>
+constexpr FamilyModels kModels = MakeModels<kind, width>();
 
-template <size_t... widths>
-constexpr std::array<const FamilyModels*, kMaxWidth> FineTable(std::index_sequence<widths...>) {
-  return {&kFineModels<static_cast<int>(widths) + 1>...};
+constexpr int kFirstCoarse = 8;
+
+template <PairKind kind, int first, size_t... i>
+constexpr std::array<const FamilyModels*, sizeof...(i)> ModelTable(std::index_sequence<i...>) {
+  return {&kModels<kind, static_cast<int>(i) + first>...};
 }
 
-constexpr std::array<const FamilyModels*, kMaxWidth> kFine = FineTable(std::make_index_sequence<kMaxWidth>());
+constexpr auto kFine = ModelTable<PairKind::kFine, 1>(std::make_index_sequence<kMaxWidth>());
+constexpr auto kCoarse =
+    ModelTable<PairKind::kCoarse, kFirstCoarse>(std::make_index_sequence<kMaxWidth - kFirstCoarse + 1>());
 
 }  // namespace
 
-const PairModel& FinePairModel(int width, PairFamily family) {
-  return (*kFine[static_cast<size_t>(width - 1)])[family];
+const PairModel& ModelOf(PairKind kind, int width, PairFamily family) {
+  if (kind == PairKind::kFine) return (*kFine[static_cast<size_t>(width - 1)])[family];
+  return (*kCoarse[static_cast<size_t>(width - kFirstCoarse)])[family];
 }
 
 }  // namespace kelvo

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "round/pair_model.h"
+#include "stages/fixed_point.h"
 #include "stages/tile.h"
 
 namespace kelvo {
@@ -23,6 +24,14 @@ struct PairSweep {
   int32_t unit;  // linear units of one step before ScaleShift: 1.5 x GradientScale, truncated
   bool undo;     // moves are taken back once they are coded
 };
+
+// Adds a move of q to the estimate around `estimate`, the pair's cell.
+inline void Spread(const PairModel& model, int32_t* estimate, int32_t q) {
+  for (size_t i = 0; i < static_cast<size_t>(model.spread_count); ++i) {
+    int32_t& cell = estimate[model.spread[i].cell];
+    cell = Signed(Bits(cell) + Bits(model.spread[i].weight) * Bits(q));
+  }
+}
 
 PairSweep MakePairSweep(const Tile& tile, const PairModel& model, int codes_plane);
 

@@ -62,8 +62,10 @@ class PairTrial {
       residual_a_[i] -= step;
       residual_b_[i] += step;
     }
-    a_ -= Move(shift, flip);
-    b_ += Move(shift, flip);
+    const uint32_t move = Move(shift, flip);
+    a_ -= move;
+    b_ += move;
+    spread_ += ShiftRight(move, model_.spread_shift);
   }
 
   void HalveUnit() { unit_ >>= 1; }
@@ -71,8 +73,7 @@ class PairTrial {
   // Leaves a move of `units` in all in the planes.
   void Write(int units) const {
     int32_t *estimate = sweep_.estimate + cell_, *blurred = sweep_.blurred + cell_;
-    estimate[model_.a] = Signed(a_);
-    estimate[model_.b] = Signed(b_);
+    Spread(model_, estimate, Signed(spread_));
     for (size_t i = 0; i < static_cast<size_t>(model_.side); ++i) {
       const uint32_t change = Bits(model_.amounts[i]) * (Bits(units) << sweep_.scale_shift);
       int32_t &fallen = blurred[model_.cells_a[i]], &risen = blurred[model_.cells_b[i]];
@@ -123,6 +124,7 @@ class PairTrial {
   int cell_;
   int32_t unit_;
   uint32_t a_, b_;
+  uint32_t spread_ = 0;  // what all accepted steps spread
   int32_t floor_a_, floor_b_;
   uint32_t data_weight_a_, data_weight_b_;
   uint32_t neighbours_a_[PairModel::kNeighbours], neighbours_b_[PairModel::kNeighbours];

@@ -11,8 +11,6 @@
 namespace kelvo::test {
 namespace {
 
-constexpr int kLastRestored = 7;
-
 Bench Prepared(uint32_t heap_seed, const std::string& kind, const std::vector<int>& arguments, int width) {
   Bench bench(heap_seed);
   bench.Fill(kind, arguments);
@@ -36,7 +34,7 @@ TEST_CASE("a flat tile stays flat: defocus") {
 }
 
 TEST_CASE("a flat tile stays flat, and its response is the predicted one: focus") {
-  for (int width = 1; width <= kLastRestored; ++width)
+  for (int width = 1; width <= kMaxWidth; ++width)
     for (int accuracy = -2; accuracy <= 2; ++accuracy)
       for (int noise = -1; noise <= 3; ++noise)
         for (const int display : {128 * 2, 12800 + 17 * noise + accuracy, 32640}) {
@@ -74,7 +72,7 @@ TEST_CASE("a result does not depend on what the heap held") {
     int accuracy;
     uint32_t variant;
   } cases[] = {{"soft", 1, 0}, {"wild", -1, 1}, {"blackwhite", 2, 0}};
-  for (int width = 1; width <= kLastRestored; ++width)
+  for (int width = 1; width <= kMaxWidth; ++width)
     for (const auto& c : cases) {
       CAPTURE(width);
       CAPTURE(c.kind);
@@ -92,7 +90,7 @@ TEST_CASE("a result does not depend on what the heap held") {
 
 // Under the sanitizers this shows that hostile cells and unchecked fields lead nowhere outside the heap.
 TEST_CASE("hostile tiles run at every width and level, and the result is a display value") {
-  for (int width = 1; width <= kLastRestored; ++width)
+  for (int width = 1; width <= kMaxWidth; ++width)
     for (int accuracy = -2; accuracy <= 2; ++accuracy) {
       CAPTURE(width);
       CAPTURE(accuracy);
@@ -111,8 +109,8 @@ TEST_CASE("hostile tiles run at every width and level, and the result is a displ
     }
 }
 
-TEST_CASE("widths and directions that are not built leave the tile untouched") {
-  for (const uint32_t spec : {8u, 20u, 5u | 30u << 8, 5u | 100u << 8, 5u | 150u << 8, 5u | 60u << 8}) {
+TEST_CASE("directions that are not built leave the tile untouched") {
+  for (const uint32_t spec : {5u | 30u << 8, 5u | 100u << 8, 5u | 150u << 8, 5u | 60u << 8}) {
     CAPTURE(spec);
     Bench bench;
     bench.Fill("noise", {5});

@@ -14,7 +14,8 @@ namespace {
 
 class LiteralPair {
  public:
-  LiteralPair(const PairSweep& sweep, int cell, int32_t unit) : s(sweep), m(*sweep.model), p(cell), unit_(unit) {}
+  LiteralPair(const PairSweep& sweep, PairKind kind, int cell, int32_t unit)
+      : s(sweep), m(*sweep.model), p(cell), spacing_(kind == PairKind::kFine ? 1 : 2), unit_(unit) {}
 
   int Search(int32_t previous) {
     uint32_t best = Cost();
@@ -51,8 +52,15 @@ class LiteralPair {
  private:
   void Move(int sign, int j) {
     const auto add = [&](int32_t& cell, uint32_t value) { cell = Signed(Bits(cell) + Bits(sign) * value); };
-    add(s.estimate[p + m.b], Bits(unit_) << (s.scale_shift + j));
-    add(s.estimate[p + m.a], 0 - (Bits(unit_) << (s.scale_shift + j)));
+    const uint32_t step = Bits(unit_) << (s.scale_shift + j);
+    for (int row = -1; row <= 1; ++row)
+      for (int column = -1; column <= 1; ++column) {
+        if (spacing_ == 1 && (row != 0 || column != 0)) continue;
+        const uint32_t spread =
+            spacing_ == 1 ? step : Bits((2 - row * row) * (2 - column * column)) * ShiftRight(step, 2);
+        add(s.estimate[p + m.b + CellsTo(row, column)], spread);
+        add(s.estimate[p + m.a + CellsTo(row, column)], 0 - spread);
+      }
     for (size_t i = 0; i < static_cast<size_t>(m.side); ++i) {
       add(s.blurred[p + m.cells_b[i]], Bits(m.amounts[i]) << (s.scale_shift + j));
       add(s.blurred[p + m.cells_a[i]], 0 - (Bits(m.amounts[i]) << (s.scale_shift + j)));
@@ -82,8 +90,10 @@ class LiteralPair {
   uint32_t Roughness(int pixel, int partner) const {
     const int32_t value = s.estimate[p + pixel];
     uint32_t sum = Magnitude(Bits(value) - Bits(s.estimate[p + partner])) >> 1;
-    for (const int near : {-257, -256, -255, -1, 1, 255, 256, 257})
-      if (pixel + near != partner) sum += Magnitude(Bits(value) - Bits(s.estimate[p + pixel + near]));
+    for (const int near : {-257, -256, -255, -1, 1, 255, 256, 257}) {
+      const int neighbour = pixel + spacing_ * near;
+      if (neighbour != partner) sum += Magnitude(Bits(value) - Bits(s.estimate[p + neighbour]));
+    }
     const int32_t below = std::min(WrapSub(value, s.floor[p + pixel]), 0) >> 1;
     const int index = Clamp(WrapAdd(value, below) >> 16, -511, 7679);
     return MulHighUnsigned(Bits(s.blurred[512 + index]), sum);
@@ -95,15 +105,16 @@ class LiteralPair {
 
   const PairSweep& s;
   const PairModel& m;
-  int p;
+  int p, spacing_;
   int32_t unit_;
 };
 
-void LiteralRow(const PairSweep& sweep, int first, int count) {
-  for (int cell = first; cell < first + count; ++cell) {
+void LiteralRow(const PairSweep& sweep, PairKind kind, int first, int count) {
+  const int stride = kind == PairKind::kFine ? 1 : 2;
+  for (int cell = first; cell < first + stride * count; cell += stride) {
     const int32_t previous = LowHalf(sweep.codes[cell]);
     const float factor = sweep.iteration > 2 ? StepFactor(CodeOf(previous)) : 1.0f;
-    LiteralPair pair(sweep, cell, TruncToInt(static_cast<float>(sweep.unit) * factor));
+    LiteralPair pair(sweep, kind, cell, TruncToInt(static_cast<float>(sweep.unit) * factor));
     const int units = pair.Search(previous);
     if (sweep.undo) pair.Undo(units);
     sweep.codes[cell] = WithLowHalf(sweep.codes[cell], CodeStep(sweep.iteration, sweep.half_step, previous, units));
@@ -126,29 +137,34 @@ struct Planes {
   std::vector<int32_t> cells;
 };
 
+void CompareSearches(PairKind kind, int width, int family, uint32_t mask, bool undo) {
+  CAPTURE(width);
+  CAPTURE(family);
+  CAPTURE(mask);
+  CAPTURE(undo);
+  Planes want(static_cast<uint32_t>(width), mask), got = want;
+  const PairModel& model = ModelOf(kind, width, static_cast<PairFamily>(family));
+  const int iteration = 1 + (width + family + (undo ? 1 : 0)) % 3;
+  const int scale = MemberOf(width).scale_shift, first = CellsTo(128, 100);
+  LiteralRow(want.Sweep(model, iteration, scale, undo), kind, first, 40);
+  plain::PairRow(got.Sweep(model, iteration, scale, undo), first, kind == PairKind::kFine ? 1 : 2, 40);
+  CHECK(got.cells == want.cells);
+}
+
 TEST_CASE("the search from local cells equals the literal one, on fitting and on hostile planes") {
   for (int width = 1; width <= kMaxWidth; ++width)
     for (int family = 0; family < kPairFamilies; ++family)
       for (const uint32_t mask : {0x3FFFFu, 0xFFFFFFu, 0xFFFFFFFFu})
         for (const bool undo : {false, true}) {
-          const int iteration = 1 + (width + family + undo) % 3;
-          CAPTURE(width);
-          CAPTURE(family);
-          CAPTURE(mask);
-          CAPTURE(undo);
-          Planes want(static_cast<uint32_t>(width), mask), got = want;
-          const PairModel& model = FinePairModel(width, static_cast<PairFamily>(family));
-          const int scale = MemberOf(width).scale_shift, first = CellsTo(128, 100);
-          LiteralRow(want.Sweep(model, iteration, scale, undo), first, 40);
-          plain::PairRow(got.Sweep(model, iteration, scale, undo), first, 1, 40);
-          CHECK(got.cells == want.cells);
+          CompareSearches(PairKind::kFine, width, family, mask, undo);
+          if (MemberOf(width).passes == 2) CompareSearches(PairKind::kCoarse, width, family, mask, undo);
         }
 }
 
 TEST_CASE("moves that are undone leave the estimate and the blurred image bit-identical") {
   Planes planes(3, 0xFFFFFF);
   const std::vector<int32_t> before = planes.cells;
-  plain::PairRow(planes.Sweep(FinePairModel(5, kDiagonalPair), 2, 2, true), CellsTo(128, 70), 1, 120);
+  plain::PairRow(planes.Sweep(ModelOf(PairKind::kFine, 5, kDiagonalPair), 2, 2, true), CellsTo(128, 70), 1, 120);
   CHECK(std::equal(before.begin(), before.begin() + 4 * 65536, planes.cells.begin()));
   CHECK(before != planes.cells);
 }
