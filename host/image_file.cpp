@@ -1,0 +1,149 @@
+#include "image_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include "errors.h"
+#include "vips_setup.h"
+
+namespace kelvo::host {
+namespace {
+
+// Classic TIFF holds 4 GiB; from here on the picture is written as BigTIFF. Leaves room for metadata.
+constexpr double kBigTiffBytes = 3.9e9;
+
+[[noreturn]] void RefuseToRead(const std::string& path, const std::string& reason) {
+  throw HostError("cannot read \"" + path + "\": " + reason);
+}
+
+void RequireReadableFile(const std::string& path) {
+  const int file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (file < 0) RefuseToRead(path, std::strerror(errno));
+  struct stat status {};
+  const bool regular = fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+  close(file);
+  if (!regular) RefuseToRead(path, "not a regular file");
+  if (status.st_size == 0) RefuseToRead(path, "the file is empty");
+}
+
+// vips_foreign_map() visits the loaders in the order of their priority; the first non-null result ends it.
+void* LoaderOfFile(void* candidate, void* path_pointer, void*) {
+  const auto* path = static_cast<const char*>(path_pointer);
+  auto* loader = static_cast<VipsForeignLoadClass*>(candidate);
+  const VipsObjectClass* object = VIPS_OBJECT_CLASS(loader);
+  if (g_str_has_suffix(object->nickname, "_buffer") || g_str_has_suffix(object->nickname, "_source")) return nullptr;
+  if (loader->is_a != nullptr) return loader->is_a(path) ? loader : nullptr;
+  const char** suffixes = VIPS_FOREIGN_CLASS(loader)->suffs;
+  for (; suffixes != nullptr && *suffixes != nullptr; ++suffixes) {
+    if (g_str_has_suffix(path, *suffixes)) return loader;
+  }
+  return nullptr;
+}
+
+// The load operation for the content of the file. vips_foreign_find_load() would take "[...]" off the name.
+std::string LoaderFor(const std::string& path) {
+  std::string copy = path;
+  void* loader = vips_foreign_map("VipsForeignLoad", LoaderOfFile, copy.data(), nullptr);
+  TakeVipsMessages();  // what the loaders that did not match had to say
+  if (loader == nullptr) {
+    RefuseToRead(path, "not a picture in a known format (JPEG, PNG, TIFF, WebP and what else libvips reads)");
+  }
+  return VIPS_OBJECT_CLASS(loader)->nickname;
+}
+
+const VipsForeignSaveClass& SaverClass(const std::string& saver) {
+  return *VIPS_FOREIGN_SAVE_CLASS(vips_class_find("VipsForeignSave", saver.c_str()));
+}
+
+bool HasArgument(const std::string& operation, const char* name) {
+  auto* object_class = VIPS_OBJECT_CLASS(vips_class_find("VipsOperation", operation.c_str()));
+  return g_object_class_find_property(G_OBJECT_CLASS(object_class), name) != nullptr;
+}
+
+void FlushToDisc(const std::string& path) {
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  const bool flushed = file >= 0 && fsync(file) == 0;
+  const int error = errno;
+  if (file >= 0) close(file);
+  if (!flushed) throw HostError(std::strerror(error));
+}
+
+}  // namespace
+
+vips::VImage OpenPicture(const std::string& path, std::vector<std::string>& notes) {
+  RequireReadableFile(path);
+  const std::string loader = LoaderFor(path);
+  vips::VImage image;
+  try {
+    vips::VImage::call(loader.c_str(), vips::VImage::option()
+                                           ->set("filename", path.c_str())
+                                           ->set("out", &image)
+                                           ->set("access", VIPS_ACCESS_RANDOM)
+                                           ->set("fail_on", VIPS_FAIL_ON_ERROR));
+  } catch (const vips::VError&) {
+    RefuseToRead(path, TakeVipsMessages());
+  }
+  const int pages = vips_image_get_n_pages(image.get_image());
+  if (pages > 1) notes.push_back("only the first of " + std::to_string(pages) + " pages is used");
+  return image;
+}
+
+void DecodePicture(const vips::VImage& image, const std::string& path) {
+  try {
+    image.getpoint(0, 0);
+  } catch (const vips::VError&) {
+    RefuseToRead(path, TakeVipsMessages());
+  }
+}
+
+std::string SaverFor(const std::string& path) {
+  const std::string suffix = std::filesystem::path(path).extension();
+  const bool plain = suffix.size() > 1 && suffix.find_first_of("[]") == std::string::npos;
+  const char* type = plain ? vips_foreign_find_save(suffix.c_str()) : nullptr;
+  std::string saver = type != nullptr ? vips_nickname_find(g_type_from_name(type)) : "";
+  TakeVipsMessages();
+  // Deep zoom writes a whole folder of files.
+  if (saver.empty() || saver == "dzsave") {
+    throw HostError(
+        "cannot write \"" + path + "\": its suffix \"" + suffix +
+        "\" stands for no format that can be written; use .png, .jpg, .tif, .webp or another one of libvips");
+  }
+  return saver;
+}
+
+std::vector<std::string> LossesIn(const std::string& saver, const vips::VImage& image) {
+  const VipsForeignSaveClass& format = SaverClass(saver);
+  std::vector<std::string> losses;
+  if (image.format() == VIPS_FORMAT_USHORT && format.format_table[VIPS_FORMAT_USHORT] == VIPS_FORMAT_UCHAR) {
+    losses.push_back("the output format holds 8 bits per sample; the 16-bit picture is reduced to that");
+  }
+  if (saver == "tiffsave" && vips_image_get_typeof(image.get_image(), VIPS_META_EXIF_NAME) != 0) {
+    losses.push_back("libvips writes no EXIF data to TIFF; only orientation and resolution are kept");
+  }
+  const bool no_alpha = format.saveable == VIPS_SAVEABLE_MONO || format.saveable == VIPS_SAVEABLE_RGB ||
+                        format.saveable == VIPS_SAVEABLE_RGB_CMYK;
+  if (no_alpha && image.has_alpha()) {
+    losses.push_back("the output format holds no transparency; the picture is laid on black");
+  }
+  return losses;
+}
+
+void SavePicture(const vips::VImage& image, const std::string& saver, const std::string& path) {
+  vips::VOption* options = vips::VImage::option()->set("in", image)->set("filename", path.c_str());
+  if (HasArgument(saver, "Q")) options->set("Q", kLossyQuality);
+  const double bytes = VIPS_IMAGE_SIZEOF_PEL(image.get_image()) * 1.0 * image.width() * image.height();
+  if (HasArgument(saver, "bigtiff") && bytes > kBigTiffBytes) options->set("bigtiff", true);
+  try {
+    vips::VImage::call(saver.c_str(), options);
+  } catch (const vips::VError&) {
+    throw HostError(TakeVipsMessages());
+  }
+  FlushToDisc(path);
+}
+
+}  // namespace kelvo::host

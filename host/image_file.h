@@ -1,0 +1,34 @@
+// Pictures from and to files. Paths are taken literally: brackets at the end of a name are part of the name.
+#ifndef KELVO_HOST_IMAGE_FILE_H
+#define KELVO_HOST_IMAGE_FILE_H
+
+#include <string>
+#include <vector>
+#include <vips/vips8>
+
+namespace kelvo::host {
+
+// Quality of lossy formats, 1..100. High, since restoring sharpens what a codec leaves behind.
+constexpr int kLossyQuality = 95;
+
+// Opens the file for access in any order. Truncated and damaged files are errors, here or while pixels are asked for.
+// Appends remarks to `notes`. Throws HostError with the path and the reason.
+vips::VImage OpenPicture(const std::string& path, std::vector<std::string>& notes);
+
+// Decodes an opened picture whose format cannot be read in any order, into memory or beyond libvips' disc threshold
+// into a temporary file; for other formats it reads one pixel. `path` is for the message of the HostError.
+void DecodePicture(const vips::VImage& image, const std::string& path);
+
+// The libvips operation that writes files with this name's suffix, for example "pngsave". Throws HostError if no such
+// format can be written.
+std::string SaverFor(const std::string& path);
+
+// What the format of `saver` cannot hold of the picture, one remark each.
+std::vector<std::string> LossesIn(const std::string& saver, const vips::VImage& image);
+
+// Evaluates the picture and writes it with its metadata. Throws HostError with the reason.
+void SavePicture(const vips::VImage& image, const std::string& saver, const std::string& path);
+
+}  // namespace kelvo::host
+
+#endif  // KELVO_HOST_IMAGE_FILE_H

@@ -1,0 +1,161 @@
+#include "options.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <iostream>
+
+namespace kelvo::host {
+namespace {
+
+constexpr int kMaxThreads = 1024;
+constexpr int kDefaultDemoWidth = 5;
+
+constexpr char kOverview[] =
+    "Restores the sharpness of defocused photographs.\n"
+    "Reads and writes what libvips does: JPEG, PNG, TIFF, WebP and more, 8 and 16 bit, gray and RGB. Metadata, colour\n"
+    "profile and transparency are carried over. Lossy formats are written with quality 95.";
+
+constexpr char kExamples[] =
+    "Examples:\n"
+    "  kelvo restore photo.jpg -o sharp.jpg --width 5\n"
+    "  kelvo blur sharp.png -o soft.png --width 5\n"
+    "  kelvo demo pictures\n"
+    "kelvo SUBCOMMAND --help tells more about each.";
+
+constexpr char kRestoreExamples[] =
+    "The width is that of the blur: a point of light has become a disc of so many pixels across.\n"
+    "\n"
+    "Examples:\n"
+    "  kelvo restore photo.jpg -o sharp.png --width 4\n"
+    "  kelvo restore photo.jpg -o sharp.jpg --width 6 --noise 1 --jpeg 30    noisy, strongly compressed\n"
+    "  kelvo restore scan.tif -o scan.tif --force --width 3 --accuracy 2     in place, with more effort\n"
+    "  kelvo restore --output=-odd-.png --width 3 -- -name-.png              names with a leading dash";
+
+constexpr char kBlurExamples[] =
+    "Examples:\n"
+    "  kelvo blur sharp.png -o soft.png --width 5\n"
+    "  kelvo blur sharp.tif -o soft.tif --width 12 --threads 2";
+
+constexpr char kDemoExamples[] =
+    "Writes sharp.png, blurred.png, restored.png and side-by-side.png.\n"
+    "\n"
+    "Examples:\n"
+    "  kelvo demo pictures\n"
+    "  kelvo demo pictures --width 7 --force";
+
+// Accepts whole numbers of a range, and says which one when it refuses.
+CLI::Validator WholeNumber(int low, int high) {
+  const std::string range = std::to_string(low) + ".." + std::to_string(high);
+  const auto check = [low, high, range](const std::string& text) {
+    int value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    const bool whole = error == std::errc() && end == text.data() + text.size();
+    return whole && value >= low && value <= high ? "" : "\"" + text + "\" is not a whole number in " + range;
+  };
+  return CLI::Validator(check, range);
+}
+
+void AddWidth(CLI::App& command, Options& options, int low, int high) {
+  command.add_option("-w,--width", options.settings.width, "Width of the blur in pixels; 0 changes nothing")
+      ->check(WholeNumber(low, high));
+}
+
+void AddForce(CLI::App& command, Options& options) {
+  command.add_flag("-f,--force", options.force, "Replace an existing output file");
+  command.add_flag("-q,--quiet", options.quiet, "No progress bar, no notes");
+  command.add_option("--threads", options.threads, "Number of worker threads (default: one per core)")
+      ->check(WholeNumber(1, kMaxThreads));
+}
+
+CLI::App* AddPictureCommand(CLI::App& app, Options& options, const char* name, const char* description) {
+  CLI::App* command = app.add_subcommand(name, description);
+  command->add_option("input", options.input, "Picture to read")->required()->type_name("FILE");
+  command->add_option("-o,--output", options.output, "Picture to write; the suffix chooses the format")
+      ->required()
+      ->type_name("FILE");
+  command->add_flag("--raw", options.settings.raw_values,
+                    "The library's own values, not original plus change: coarser, above all in shadows");
+  AddForce(*command, options);
+  return command;
+}
+
+void AddRestore(CLI::App& app, Options& options) {
+  CLI::App* command = AddPictureCommand(app, options, "restore", "Restore a defocused picture");
+  RestoreSettings& settings = options.settings;
+  AddWidth(*command, options, 0, kMaxWidth);
+  command->get_option("--width")->required();
+  command->add_option("--noise", settings.noise, "Noise suppression: -1 least, 3 most")
+      ->check(WholeNumber(-1, 3))
+      ->capture_default_str();
+  command->add_option("--accuracy", settings.accuracy, "Effort: -2 fastest, 2 best")
+      ->check(WholeNumber(-2, 2))
+      ->capture_default_str();
+  command->add_option("--jpeg", settings.jpeg, "Strength of the JPEG compression the picture went through, 0 none")
+      ->check(WholeNumber(0, 80))
+      ->capture_default_str();
+  command->add_flag("--classic", settings.classic, "Leave the trial moves of the search in; tiles do not quite meet");
+  command->footer(kRestoreExamples);
+}
+
+void AddBlur(CLI::App& app, Options& options) {
+  CLI::App* command = AddPictureCommand(app, options, "blur", "Defocus a picture");
+  AddWidth(*command, options, 0, kMaxWidth);
+  command->get_option("--width")->required();
+  command->footer(kBlurExamples);
+}
+
+void AddDemo(CLI::App& app, Options& options) {
+  CLI::App* command = app.add_subcommand("demo", "Draw a test picture, defocus and restore it");
+  command->add_option("directory", options.output, "Where to write; created if missing")->required()->type_name("DIR");
+  AddWidth(*command, options, 1, kMaxWidth);
+  AddForce(*command, options);
+  command->footer(kDemoExamples);
+}
+
+std::string VersionText() {
+  return "kelvo " KELVO_PROJECT_VERSION " (library " + std::to_string(KVDLL_GetVersionNumber()) + ")";
+}
+
+ExitStatus TellError(const std::string& reason, const std::string& command) {
+  std::cerr << "kelvo: " << reason << "\nTry: kelvo " << command << (command.empty() ? "" : " ") << "--help\n";
+  return kWrongUsage;
+}
+
+// The parser would only say that a subcommand is missing.
+std::optional<ExitStatus> CheckSubcommand(int argc, char** argv, const CLI::App& app) {
+  if (argc < 2 || argv[1][0] == '-') return std::nullopt;
+  for (const CLI::App* subcommand : app.get_subcommands(nullptr)) {
+    if (subcommand->check_name(argv[1])) return std::nullopt;
+  }
+  return TellError("there is no subcommand \"" + std::string(argv[1]) + "\"; use restore, blur or demo", "");
+}
+
+}  // namespace
+
+std::optional<ExitStatus> ParseOptions(int argc, char** argv, Options& options) {
+  CLI::App app(kOverview, "kelvo");
+  app.footer(kExamples);
+  app.set_version_flag("--version", VersionText());
+  app.require_subcommand(1);
+  AddRestore(app, options);
+  AddBlur(app, options);
+  AddDemo(app, options);
+  if (const auto status = CheckSubcommand(argc, argv, app)) return status;
+  std::string command;
+  try {
+    app.parse(argc, argv);
+    command = app.get_subcommands().front()->get_name();
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) {
+      app.exit(error);
+      return kSuccess;
+    }
+    const auto parsed = app.get_subcommands();
+    return TellError(error.what(), parsed.empty() ? "" : parsed.front()->get_name());
+  }
+  options.command = command == "restore" ? Command::kRestore : command == "blur" ? Command::kBlur : Command::kDemo;
+  if (options.command == Command::kDemo && options.settings.width == 0) options.settings.width = kDefaultDemoWidth;
+  return std::nullopt;
+}
+
+}  // namespace kelvo::host

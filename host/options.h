@@ -1,0 +1,32 @@
+// The command line.
+#ifndef KELVO_HOST_OPTIONS_H
+#define KELVO_HOST_OPTIONS_H
+
+#include <optional>
+#include <string>
+
+#include "tile_task.h"
+
+namespace kelvo::host {
+
+enum ExitStatus { kSuccess = 0, kFailure = 1, kWrongUsage = 2 };
+
+enum class Command { kRestore, kBlur, kDemo };
+
+struct Options {
+  Command command = Command::kRestore;
+  std::string input;         // file
+  std::string output;        // file; for the demo a folder
+  RestoreSettings settings;  // blurring uses width and raw_values only
+  bool force = false;
+  bool quiet = false;
+  int threads = 0;  // 0: one per core
+};
+
+// Fills `options`. Returns the exit status if the program is to end here: help or version has been printed, or the
+// command line was wrong and standard error says how.
+std::optional<ExitStatus> ParseOptions(int argc, char** argv, Options& options);
+
+}  // namespace kelvo::host
+
+#endif  // KELVO_HOST_OPTIONS_H

@@ -1,0 +1,34 @@
+// A file that appears under its name only when it is complete.
+#ifndef KELVO_HOST_OUTPUT_FILE_H
+#define KELVO_HOST_OUTPUT_FILE_H
+
+#include <string>
+
+namespace kelvo::host {
+
+// Owns an empty temporary file beside the target, with the target's suffix. Commit() renames it into place; without
+// that the destructor, or a signal, removes it and the target is as it was. One object at a time.
+class OutputFile {
+ public:
+  // Throws HostError if the target exists and `replace` is false, if it is not a regular file, or if its folder is
+  // missing or cannot be written. A target that is a symbolic link is followed.
+  OutputFile(const std::string& target, bool replace);
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+  ~OutputFile();
+
+  const std::string& temporary_path() const { return temporary_; }
+
+  // Throws HostError if the target has come into being meanwhile and must not be replaced, or if renaming fails.
+  void Commit();
+
+ private:
+  std::string target_;
+  std::string temporary_;
+  bool replace_;
+  bool committed_ = false;
+};
+
+}  // namespace kelvo::host
+
+#endif  // KELVO_HOST_OUTPUT_FILE_H

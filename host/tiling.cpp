@@ -1,0 +1,203 @@
+#include "tiling.h"
+
+#include <algorithm>
+#include <cassert>
+#include <memory>
+#include <new>
+#include <vector>
+
+#include "errors.h"
+#include "interrupt.h"
+#include "staging.h"
+
+namespace kelvo::host {
+namespace {
+
+// What the tile operation needs as long as its image lives.
+struct Operation {
+  TileTask task;
+  int colour_bands;
+};
+
+// What one thread owns: its view of the picture, a block and a heap.
+class Worker {
+ public:
+  Worker(VipsImage* image, const Operation& operation)
+      : operation_(operation), region_(vips_region_new(image)), heap_(KELVO_HEAP_WORDS) {
+    if (region_ == nullptr) throw std::bad_alloc();
+  }
+  Worker(const Worker&) = delete;
+  Worker& operator=(const Worker&) = delete;
+  ~Worker() { g_object_unref(region_); }
+
+  // Computes the tile whose core covers the valid area of `out`. False with a message in the libvips error buffer.
+  template <Sample T>
+  bool Compute(VipsRegion* out) {
+    const VipsRect core = out->valid;
+    assert(core.top % KELVO_CORE_SIZE == 0 && core.left % KELVO_CORE_SIZE == 0);  // the tile cache asks so
+    const VipsImage* picture = region_->im;
+    rows_ = MirroredPositions(core.top, picture->Ysize);
+    columns_ = MirroredPositions(core.left, picture->Xsize);
+    VipsRect source = SourceArea();
+    if (vips_region_prepare(region_, &source) != 0) return false;
+    CopyCore(out);
+    for (int band = 0; band < operation_.colour_bands; ++band) {
+      Stage<T>(band);
+      if (!Call(core)) return false;
+      Merge<T>(out, band);
+    }
+    return true;
+  }
+
+ private:
+  // The part of the picture that holds every mirrored row and column.
+  VipsRect SourceArea() const {
+    const auto [top, bottom] = std::minmax_element(rows_.begin(), rows_.end());
+    const auto [left, right] = std::minmax_element(columns_.begin(), columns_.end());
+    return {*left, *top, *right - *left + 1, *bottom - *top + 1};
+  }
+
+  template <Sample T>
+  const T* PictureRow(int row) const {
+    return reinterpret_cast<const T*>(VIPS_REGION_ADDR(region_, region_->valid.left, row));
+  }
+
+  // All bands as they are, so that the ones the task does not touch are already right.
+  void CopyCore(VipsRegion* out) const {
+    const VipsRect& core = out->valid;
+    for (int row = core.top; row < core.top + core.height; ++row) {
+      std::copy_n(VIPS_REGION_ADDR(region_, core.left, row), VIPS_REGION_SIZEOF_LINE(out),
+                  VIPS_REGION_ADDR(out, core.left, row));
+    }
+  }
+
+  template <Sample T>
+  void Stage(int band) {
+    const int bands = region_->im->Bands;
+    int32_t* cell = heap_.data();
+    for (int row : rows_) {
+      const T* samples = PictureRow<T>(row) + band;
+      for (int column : columns_) *cell++ = DisplayOf(samples[(column - region_->valid.left) * bands]);
+    }
+  }
+
+  bool Call(const VipsRect& core) {
+    // A fresh block for each call: results must not depend on what was computed before.
+    TileParams params = operation_.task.params;
+    params.TileTop = core.top;
+    params.TileLeft = core.left;
+    if (operation_.task.call(params, heap_.data()) != KELVO_OK) {
+      vips_error("kelvo", "tile at row %d, column %d: %s", core.top, core.left, params.Message);
+      return false;
+    }
+    if (flat_ground_.empty()) TabulateFlatGround(params);
+    return true;
+  }
+
+  void TabulateFlatGround(const TileParams& done) {
+    for (int32_t staged = 0; staged <= KELVO_DISPLAY_WHITE; ++staged) {
+      flat_ground_.push_back(operation_.task.flat_ground(done, staged));
+    }
+  }
+
+  template <Sample T>
+  T Merged(T original, int32_t result) const {
+    if (operation_.task.raw_values) return SampleOf<T>(result);
+    return Changed(original, result, flat_ground_[DisplayOf(original)]);
+  }
+
+  template <Sample T>
+  void Merge(VipsRegion* out, int band) const {
+    const int bands = out->im->Bands;
+    const VipsRect& core = out->valid;
+    for (int row = 0; row < core.height; ++row) {
+      const int32_t* result = &heap_[KELVO_TILE_SIZE * (KELVO_CORE_START + row) + KELVO_CORE_START];
+      T* sample = reinterpret_cast<T*>(VIPS_REGION_ADDR(out, core.left, core.top + row)) + band;
+      for (int column = 0; column < core.width; ++column, sample += bands) {
+        *sample = Merged(*sample, result[column]);
+      }
+    }
+  }
+
+  const Operation& operation_;
+  VipsRegion* region_;
+  std::vector<int32_t> heap_;
+  std::vector<int32_t> flat_ground_;  // by staged value, from the first call on
+  std::array<int, KELVO_TILE_SIZE> rows_{};
+  std::array<int, KELVO_TILE_SIZE> columns_{};
+};
+
+// libvips calls these three; no exception may leave them.
+void* StartWorker(VipsImage*, void* image, void* operation) try {
+  return new Worker(static_cast<VipsImage*>(image), *static_cast<const Operation*>(operation));
+} catch (const std::bad_alloc&) {
+  vips_error("kelvo", "out of memory: a thread needs a work heap of 4 MiB");
+  return nullptr;
+}
+
+int StopWorker(void* worker, void*, void*) {
+  delete static_cast<Worker*>(worker);
+  return 0;
+}
+
+template <Sample T>
+int ComputeTile(VipsRegion* out, void* worker, void*, void*, gboolean*) {
+  if (StopRequested()) {
+    vips_error("kelvo", "interrupted");
+    return -1;
+  }
+  return static_cast<Worker*>(worker)->Compute<T>(out) ? 0 : -1;
+}
+
+VipsGenerateFn GeneratorFor(VipsBandFormat format) {
+  if (format == VIPS_FORMAT_UCHAR) return ComputeTile<uint8_t>;
+  if (format == VIPS_FORMAT_USHORT) return ComputeTile<uint16_t>;
+  throw HostError("only 8- and 16-bit pictures can be cut into tiles");
+}
+
+// Enough tiles for what a writer may hold: its two buffers, one tile per thread, and a row for readers that lag behind.
+int CachedTiles(VipsImage* image) {
+  int tile_width, tile_height, lines;
+  vips_get_tile_size(image, &tile_width, &tile_height, &lines);
+  const int across = (image->Xsize + KELVO_CORE_SIZE - 1) / KELVO_CORE_SIZE;
+  const int down = (lines + KELVO_CORE_SIZE - 1) / KELVO_CORE_SIZE;
+  return across * (2 * down + 1) + vips_concurrency_get();
+}
+
+}  // namespace
+
+std::array<int, KELVO_TILE_SIZE> MirroredPositions(int start, int size) {
+  std::array<int, KELVO_TILE_SIZE> positions;
+  const int64_t period = 2 * int64_t{size};
+  int64_t position = int64_t{start} - KELVO_CORE_START;
+  for (int& mirrored : positions) {
+    const int64_t phase = (position++ % period + period) % period;
+    mirrored = static_cast<int>(std::min(phase, period - 1 - phase));
+  }
+  return positions;
+}
+
+vips::VImage ProcessTiles(const vips::VImage& image, int colour_bands, const TileTask& task) {
+  const VipsGenerateFn generate = GeneratorFor(image.format());
+  VipsImage* in = image.get_image();
+  vips::VImage tiles(vips_image_new());
+  VipsImage* out = tiles.get_image();
+  auto operation = std::make_unique<Operation>(Operation{task, colour_bands});
+  void* operation_pointer = operation.get();
+  const auto destroy = [](void* pointer) { delete static_cast<Operation*>(pointer); };
+  g_object_set_data_full(G_OBJECT(out), "kelvo-operation", operation.release(), destroy);
+  // The tile operation reads `in` for as long as it lives.
+  g_object_set_data_full(G_OBJECT(out), "kelvo-input", g_object_ref(in), g_object_unref);
+  if (vips_image_pipelinev(out, VIPS_DEMAND_STYLE_SMALLTILE, in, nullptr) != 0 ||
+      vips_image_generate(out, StartWorker, generate, StopWorker, in, operation_pointer) != 0) {
+    throw vips::VError();
+  }
+  return tiles.tilecache(vips::VImage::option()
+                             ->set("tile_width", int{KELVO_CORE_SIZE})
+                             ->set("tile_height", int{KELVO_CORE_SIZE})
+                             ->set("max_tiles", CachedTiles(out))
+                             ->set("access", VIPS_ACCESS_RANDOM)
+                             ->set("threaded", true));
+}
+
+}  // namespace kelvo::host

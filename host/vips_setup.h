@@ -1,0 +1,24 @@
+// Starting and ending libvips, and its messages.
+#ifndef KELVO_HOST_VIPS_SETUP_H
+#define KELVO_HOST_VIPS_SETUP_H
+
+#include <string>
+
+namespace kelvo::host {
+
+// libvips for as long as the object lives. Its warnings are kept off standard error: what matters comes as an error.
+class VipsSession {
+ public:
+  // `threads` is the number of worker threads, 0 for one per core. Throws HostError.
+  VipsSession(const char* program, int threads);
+  VipsSession(const VipsSession&) = delete;
+  VipsSession& operator=(const VipsSession&) = delete;
+  ~VipsSession();
+};
+
+// The messages that libvips has gathered since the last call, each once, on one line.
+std::string TakeVipsMessages();
+
+}  // namespace kelvo::host
+
+#endif  // KELVO_HOST_VIPS_SETUP_H

@@ -1,0 +1,299 @@
+#!/bin/bash
+# Runs the program the way a user does and checks files, messages and exit statuses.
+# Usage: cli_test.sh KELVO. Needs vips and vipsheader (libvips-tools) and python3.
+set -u
+kelvo=$(realpath "$1")
+make_pictures=$(realpath "$(dirname "$0")/make_pictures.sh")
+work=$(mktemp -d)
+trap 'umount "$work/disc" 2>/dev/null; rm -rf "$work"' EXIT
+cd "$work" || exit 1
+failures=0 checks=0
+
+fail() {
+  failures=$((failures + 1))
+  echo "FAILED: $*"
+  sed 's/^/    stderr: /' err
+}
+
+# run STATUS ARGUMENT...: runs kelvo, expects the exit status; output is in the files out and err.
+run() {
+  local expected=$1 status left
+  shift
+  checks=$((checks + 1))
+  "$kelvo" "$@" >out 2>err
+  status=$?
+  [ "$status" = "$expected" ] || fail "kelvo $* ended with $status, not $expected"
+  left=$(find "$work" -name '.kelvo-*')
+  [ -z "$left" ] || fail "kelvo $* left $left"
+}
+
+# says TEXT: the last run had this in its messages.
+says() {
+  checks=$((checks + 1))
+  grep -qF -- "$1" err || fail "no message with: $1"
+}
+
+silent() {
+  [ ! -s err ] || fail "unexpected message after: $*"
+}
+
+field() { vipsheader -f "$1" "$2" 2>/dev/null; }
+
+# has FILE FIELD VALUE
+has() {
+  checks=$((checks + 1))
+  [ "$(field "$2" "$1")" = "$3" ] || fail "$1: $2 is \"$(field "$2" "$1")\", not \"$3\""
+}
+
+largest_difference() {
+  vips subtract "$1" "$2" difference.v && vips abs difference.v absolute.v && vips max absolute.v
+}
+same_pixels() {
+  checks=$((checks + 1))
+  [ "$(largest_difference "$1" "$2")" = 0.000000 ] || fail "$1 and $2 differ"
+}
+differ() {
+  checks=$((checks + 1))
+  [ "$(largest_difference "$1" "$2")" != 0.000000 ] || fail "$1 and $2 are equal"
+}
+
+test_good_runs() {
+  run 0 blur rgb.png -o soft.png --width 5
+  silent "a plain run"
+  differ rgb.png soft.png
+  run 0 restore soft.png -o sharp.png --width 5 --accuracy 1 --noise -1 --jpeg 10
+  differ soft.png sharp.png
+  run 0 restore soft.png -o classic.png --width 5 --classic
+  run 0 restore soft.png -o raw.png --width 5 --raw --threads 1
+  run 0 restore soft.png -o same.png --width 0
+  same_pixels soft.png same.png
+  run 0 restore rgba.png -o alpha.png --width 3
+  vips extract_band rgba.png before.v 3 && vips extract_band alpha.png after.v 3
+  same_pixels before.v after.v
+  run 0 restore deep.png -o deep-out.png --width 3
+  has deep-out.png interpretation "$(field interpretation deep.png)"
+  run 0 restore deep.tif -o deep-out.tif --width 3
+  same_pixels deep-out.png deep-out.tif
+}
+
+test_metadata() {
+  local suffix name
+  for suffix in jpg png webp tif; do
+    run 0 restore photo.jpg -o "photo-out.$suffix" --width 3
+    has "photo-out.$suffix" orientation 6
+    has "photo-out.$suffix" width 150
+    has "photo-out.$suffix" icc-profile-data "$(field icc-profile-data photo.jpg)"
+    has "photo-out.$suffix" xmp-data "$(field xmp-data photo.jpg)"
+    if [ $suffix = tif ]; then
+      says "no EXIF data"
+    else
+      silent "photo to $suffix"
+      has "photo-out.$suffix" exif-ifd0-Make "$(field exif-ifd0-Make photo.jpg)"
+    fi
+  done
+  for name in icc-profile-data xmp-data exif-ifd0-Make; do
+    [ -n "$(field $name photo.jpg)" ] || fail "the test photo lacks $name"
+  done
+}
+
+test_colour() {
+  run 0 restore cmyk.tif -o cmyk-out.png --width 3
+  says "note: cmyk.tif: converted from cmyk to sRGB"
+  has cmyk-out.png bands 3
+  checks=$((checks + 1))
+  [ "$(field icc-profile-data cmyk-out.png)" != "$(field icc-profile-data cmyk.tif)" ] || fail "the CMYK profile stayed"
+  run 0 restore lab.tif -o lab-out.png --width 3 --quiet
+  silent "--quiet"
+  run 0 restore deep.png -o deep.jpg --width 3
+  says "8 bits per sample"
+  run 0 restore rgba.png -o rgba.jpg --width 3
+  says "no transparency"
+  vips cast rgb.png complex.v complex
+  run 1 restore complex.v -o complex.png --width 3
+  says "its samples are complex"
+}
+
+test_usage() {
+  run 0 --version
+  checks=$((checks + 1))
+  grep -q '^kelvo [0-9.]* (library [0-9]*)$' out || fail "--version"
+  local command
+  for command in "" restore blur demo; do
+    run 0 $command --help
+    checks=$((checks + 1))
+    grep -q "kelvo ${command:-restore} .*" out && grep -q "^Examples:" out || fail "$command --help has no examples"
+  done
+  run 2
+  says "subcommand"
+  run 2 sharpen rgb.png
+  says '"sharpen"; use restore, blur or demo'
+  run 2 restore rgb.png --width 3
+  says "--output is required"
+  run 2 restore rgb.png -o a.png
+  says "--width is required"
+  run 2 restore rgb.png -o a.png --width 3 --sharper
+  says "--sharper"
+  run 2 blur rgb.png -o a.png --width 21
+  says '"21" is not a whole number in 0..20'
+  run 2 restore rgb.png -o a.png --width 3.5
+  says '"3.5" is not a whole number in 0..20'
+  run 2 restore rgb.png -o a.png --width 3 --noise 4
+  says '"4" is not a whole number in -1..3'
+  run 2 restore rgb.png -o a.png --width 3 --accuracy -3
+  says "-2..2"
+  run 2 restore rgb.png -o a.png --width 3 --jpeg 81
+  says "0..80"
+  run 2 restore rgb.png -o a.png --width 3 --threads 0
+  says "1..1024"
+  checks=$((checks + 1))
+  [ ! -e a.png ] || fail "wrong usage wrote a file"
+}
+
+test_files() {
+  run 1 restore none.png -o a.png --width 3
+  says 'cannot read "none.png": No such file'
+  run 1 restore . -o a.png --width 3
+  says "not a regular file"
+  : >empty.png
+  run 1 restore empty.png -o a.png --width 3
+  says "empty"
+  echo "no picture at all" >text.png
+  run 1 restore text.png -o a.png --width 3
+  says 'cannot read "text.png": not a picture in a known format'
+  run 1 restore rgb.png -o a.xyz --width 3
+  says 'its suffix ".xyz"'
+  run 1 restore rgb.png -o a --width 3
+  says 'its suffix ""'
+  run 1 restore rgb.png -o "a.png[compression=9]" --width 3
+  says 'its suffix ".png[compression=9]"'
+  run 1 restore rgb.png -o missing/a.png --width 3
+  says 'there is no directory "missing"'
+  mkdir -p folder.png
+  run 1 restore rgb.png -o folder.png --width 3 --force
+  says "is a directory"
+  local name
+  for name in gray.png photo.jpg deep.tif photo-out.webp; do
+    head -c $(($(stat -c %s "$name") * 2 / 3)) "$name" >"cut-$name"
+    run 1 restore "cut-$name" -o a.png --width 3
+    says "\"cut-$name\""
+  done
+  checks=$((checks + 1))
+  [ ! -e a.png ] || fail "a failed run wrote a file"
+}
+
+test_names() {
+  mkdir -p "odd [folder]"
+  local name
+  for name in "with space.png" "in[brackets].png" "end.png[Q=5]" 'quo"te[.png' "colon:b.png" "ümlaut.png"; do
+    cp rgb.png "odd [folder]/$name"
+    run 0 restore "odd [folder]/$name" -o "odd [folder]/out $name.png" --width 1
+    checks=$((checks + 1))
+    [ -s "odd [folder]/out $name.png" ] || fail "no output for $name"
+  done
+  cp rgb.png ./-dash.png
+  run 0 restore --output=-long.png --width 1 -- -dash.png
+  run 0 restore --width 1 -o -short.png -- -dash.png
+  same_pixels ./-long.png ./-short.png
+}
+
+test_force() {
+  cp soft.png target.png
+  run 1 restore rgb.png -o target.png --width 3
+  says "use --force"
+  cmp -s soft.png target.png || fail "a refused run changed the target"
+  chmod 640 target.png
+  run 0 restore rgb.png -o target.png --width 3 --force
+  differ soft.png target.png
+  checks=$((checks + 1))
+  [ "$(stat -c %a target.png)" = 640 ] || fail "permissions changed"
+  cp rgb.png place.png
+  run 1 restore place.png -o place.png --width 3
+  run 0 restore place.png -o place.png --width 3 --force
+  same_pixels place.png target.png
+  vips tiffsave rgb.png place.tif --tile
+  run 0 restore place.tif -o place.tif --width 3 --force
+  same_pixels place.tif target.png
+  ln -s place.png link.png
+  run 0 restore rgb.png -o link.png --width 5 --force
+  checks=$((checks + 1))
+  [ -L link.png ] || fail "a symbolic link was replaced"
+  differ place.png target.png
+  cp place.png kept.png
+  run 1 restore cut-gray.png -o kept.png --width 3 --force
+  cmp -s place.png kept.png || fail "a failed run changed the target"
+}
+
+# Stops a long run with signal $1 once its temporary file is there.
+test_signal() {
+  local signal=$1 status
+  checks=$((checks + 1))
+  cp soft.png kept.png
+  env --default-signal="$signal" "$kelvo" restore big.png -o kept.png --width 7 --accuracy 2 --force 2>err &
+  local pid=$!
+  for _ in $(seq 100); do
+    [ -n "$(find . -name '.kelvo-*')" ] && break
+    sleep 0.05
+  done
+  sleep 0.1
+  kill -s "$signal" $pid
+  wait $pid
+  status=$?
+  [ $status = $((128 + $(kill -l "$signal"))) ] || fail "SIG$signal ended with $status"
+  [ -z "$(find . -name '.kelvo-*')" ] || fail "SIG$signal left a temporary file"
+  cmp -s soft.png kept.png || fail "SIG$signal changed the target"
+}
+
+test_full_disc() {
+  local suffix
+  cp soft.png keep-limit.png
+  for suffix in png jpg tif webp; do  # a limit on file size needs no privileges
+    checks=$((checks + 1))
+    (
+      trap '' XFSZ
+      ulimit -f 4
+      exec "$kelvo" restore rgb.png -o "limit.$suffix" --width 3
+    ) 2>err && fail "no error beyond the limit on file size, $suffix"
+    says "cannot write \"limit.$suffix\""
+    [ -z "$(find . -name '.kelvo-*' -o -name 'limit.*')" ] || fail "a file remained beyond the limit, $suffix"
+  done
+  mkdir disc
+  if ! mount -t tmpfs -o size=8k none disc 2>/dev/null; then
+    echo "SKIPPED: full disk (this user may not mount a tmpfs)"
+    return
+  fi
+  for suffix in png jpg tif webp; do
+    run 1 restore rgb.png -o "disc/full.$suffix" --width 3
+    says "disc/full.$suffix"
+    [ -z "$(ls -A disc)" ] || fail "something remained on the full disk, $suffix"
+  done
+  umount disc
+}
+
+test_demo() {
+  run 0 demo "new/demo folder" --width 3 --quiet
+  local name
+  for name in sharp blurred restored side-by-side; do
+    checks=$((checks + 1))
+    [ -s "new/demo folder/$name.png" ] || fail "the demo wrote no $name.png"
+  done
+  checks=$((checks + 1))
+  awk '$1 == "blurred" {before = $2} $1 == "restored" {after = $2} END {exit !(after > before + 1)}' out ||
+    fail "the demo did not get better: $(cat out)"
+  run 1 demo "new/demo folder"
+  says "use --force"
+  run 0 demo "new/demo folder" --force --quiet
+}
+
+bash "$make_pictures" || exit 1
+test_good_runs
+test_metadata
+test_colour
+test_usage
+test_files
+test_names
+test_force
+for signal in INT TERM; do test_signal $signal; done
+test_full_disc
+test_demo
+echo "$checks checks, $failures failures"
+[ "$failures" = 0 ]

@@ -1,0 +1,9 @@
+#define DOCTEST_CONFIG_IMPLEMENT
+#include <doctest/doctest.h>
+
+#include "vips_setup.h"
+
+int main(int argc, char** argv) {
+  const kelvo::host::VipsSession session(argv[0], 0);
+  return doctest::Context(argc, argv).run();
+}
