@@ -56,10 +56,10 @@ def quality(sharp, image):
 
 
 def seam(kelvo, blurred, restored, name, options):
+    """Mean and largest difference of the two grids; not a number for photographs too small to compare."""
     moved = kelvo.run("restore", blurred[64:, 64:], name + "-moved", *options)
-    difference = numpy.abs(restored[64:, 64:].astype(int) - moved)
-    difference = inner(difference, 128)
-    return difference.mean(), difference.max()
+    difference = inner(numpy.abs(restored[64:, 64:].astype(float) - moved), 128)
+    return (difference.mean(), difference.max()) if difference.size else (numpy.nan, numpy.nan)
 
 
 def measure(kelvo, sharp, photo, width, accuracies):
@@ -90,7 +90,7 @@ def print_table(rows, widths, accuracies):
                 least = chosen[int(gain.argmin())][0].split(".")[0]
                 print(f"| {width} | {accuracy} | {variant} | {before[:, 0].mean():.2f} | {after[:, 0].mean():.2f} "
                       f"| {gain.mean():+.2f} | {gain.min():+.2f} ({least}) | {before[:, 1].mean():.4f} | {after[:, 1].mean():.4f} "
-                      f"| {after[:, 2].mean():+.2f} | {seams[:, 0].mean():.2f} | {seams[:, 1].max():.0f} |")
+                      f"| {after[:, 2].mean():+.2f} | {numpy.nanmean(seams[:, 0]):.2f} | {numpy.nanmax(seams[:, 1]):.0f} |")
 
 
 def main():
