@@ -83,9 +83,15 @@ void RunGroup(const std::string& group) {
   MESSAGE(group << ": " << cases.size() << " cases");
 }
 
-TEST_CASE("known answers: interface, defocus, round focus of widths 1..7") { RunGroup("spine"); }
-TEST_CASE("known answers: round focus of widths 8..20") { RunGroup("round-focus"); }
-TEST_CASE("known answers: round focus with moves undone") { RunGroup("variants"); }
+TEST_CASE("known answers: interface, defocus, round focus of widths 1..7") {
+  RunGroup("spine");
+}
+TEST_CASE("known answers: round focus of widths 8..20") {
+  RunGroup("round-focus");
+}
+TEST_CASE("known answers: round focus with moves undone") {
+  RunGroup("variants");
+}
 
 }  // namespace
 }  // namespace kelvo::test
