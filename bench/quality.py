@@ -135,7 +135,7 @@ TABLES = {"detail": (measure_detail, print_detail, [0, 1, 2]), "gains": (measure
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("table", nargs="?", choices=TABLES, default="detail")
-    parser.add_argument("--program", default="build/release/host/kelvo")
+    parser.add_argument("--program", default="build/bench/host/kelvo")
     parser.add_argument("--photos", default=os.path.join(os.path.dirname(skimage.__file__), "data"), metavar="FOLDER")
     parser.add_argument("--names", nargs="+", default=PHOTOS)
     parser.add_argument("--side", type=int, default=384, help="pixels of the square that is cut out")

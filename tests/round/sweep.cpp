@@ -1,11 +1,10 @@
 // kelvo_sweep: runs focus at every round width, Accuracy and RemoveNoise on a heap between guard pages, with wild
-// values in the fields that nobody checks. A read or write outside the heap, or a result that is no display value, ends
-// it.
+// values in the fields that nobody checks. A read or write outside the heap ends it; a result that is no display
+// value is a failure.
 //
-//   kelvo_sweep slice            every other pair of width and Accuracy; kinds of tiles, RemoveNoise and variants take
-//   turns kelvo_sweep full [FILE...]   all combinations, on generated tiles and on the tiles in the files: 65536
-//   display values,
-//                                little-endian 32-bit, row by row
+//   kelvo_sweep slice                     every other pair of width and Accuracy; the rest takes turns
+//   kelvo_sweep full FIRST LAST [FILE...] every combination at widths FIRST..LAST, on generated tiles and on those in
+//                                         the files: 65536 display values, little-endian 32-bit, row by row
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -62,7 +61,7 @@ bool Run(GuardedHeap& heap, const TileCells& tile, const Setting& setting) {
   return true;
 }
 
-int Sweep(const std::vector<TileCells>& tiles, bool full) {
+int Sweep(const std::vector<TileCells>& tiles, bool full, int first, int last) {
   GuardedHeap heap;
   int runs = 0, failures = 0, turn = 0;
   const auto run = [&](const TileCells& tile, const Setting& setting) {
@@ -72,7 +71,7 @@ int Sweep(const std::vector<TileCells>& tiles, bool full) {
     std::printf("width %d, accuracy %d, noise %d, variant %u: failed\n", setting.width, setting.accuracy, setting.noise,
                 setting.variant);
   };
-  for (int width = 1; width <= kelvo::kMaxWidth; ++width)
+  for (int width = first; width <= last; ++width)
     for (int accuracy = -2; accuracy <= 2; ++accuracy, ++turn) {
       if (!full) {
         if (turn % 2 == 0)
@@ -91,11 +90,15 @@ int Sweep(const std::vector<TileCells>& tiles, bool full) {
 
 int main(int argc, char** argv) {
   const std::string mode = argc > 1 ? argv[1] : "";
-  if (mode != "slice" && mode != "full") {
-    std::fprintf(stderr, "usage: kelvo_sweep slice | full [FILE...]\n");
+  if (mode != "slice" && (mode != "full" || argc < 4)) {
+    std::fprintf(stderr, "usage: kelvo_sweep slice | full FIRST LAST [FILE...]\n");
     return 2;
   }
-  std::vector<TileCells> tiles = {Generated("noise", 1), Generated("wild", 2), Generated("blackwhite", 3)};
-  for (int i = 2; i < argc; ++i) tiles.push_back(FromFile(argv[i]));
-  return Sweep(tiles, mode == "full");
+  std::vector<TileCells> tiles = {Generated("noise", 1), Generated("wild", 2)};
+  if (mode == "slice") {
+    tiles.push_back(Generated("blackwhite", 3));
+    return Sweep(tiles, false, 1, kelvo::kMaxWidth);
+  }
+  for (int i = 4; i < argc; ++i) tiles.push_back(FromFile(argv[i]));
+  return Sweep(tiles, true, std::max(1, std::atoi(argv[2])), std::min(kelvo::kMaxWidth, std::atoi(argv[3])));
 }
