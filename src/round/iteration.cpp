@@ -1,7 +1,7 @@
 #include "round/iteration.h"
 
 #include "round/pair_sweep.h"
-#include "stages/fixed_point.h"
+#include "stages/apply_stencil.h"
 #include "stages/routines.h"
 #include "stages/schedule.h"
 #include "stages/step_code.h"
@@ -17,11 +17,7 @@ bool Moves(const TileParams& params, int family) {
 }  // namespace
 
 void BlurEstimate(const Tile& tile, const RoundMember& member) {
-  const Region region(member.blur_margin);
-  const Stencil& blur = DiscBlur(member.width);
-  for (int row = region.first; row < region.end; ++row)
-    tile.routines().stencil_row(blur, tile.Row(kEstimate, row, region.first), tile.Row(kBlurred, row, region.first),
-                                region.size());
+  ApplyStencil(tile, DiscBlur(member.width), kEstimate, kBlurred, member.blur_margin);
 }
 
 void FindFloor(const Tile& tile, const RoundMember& member) {

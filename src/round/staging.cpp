@@ -1,22 +1,14 @@
 #include "round/staging.h"
 
 #include "round/shortcut.h"
+#include "stages/apply_stencil.h"
 #include "stages/copy.h"
 #include "stages/output.h"
-#include "stages/routines.h"
 #include "stages/stencils/isotropic.h"
 #include "stages/tone.h"
 
 namespace kelvo {
 namespace {
-
-void SmoothObserved(const Tile& tile, const RoundMember& member) {
-  const Region region(member.margin);
-  const Stencil& smoother = ObservedSmoother(member.width);
-  for (int row = region.first; row < region.end; ++row)
-    tile.routines().stencil_row(smoother, tile.Row(kStaged, row, region.first), tile.Row(kObserved, row, region.first),
-                                region.size());
-}
 
 // ShortcutMode 3: what stands in kEstimate is the result but for the detail that comes back.
 void OutputShortcut(const Tile& tile, const RoundMember& member) {
@@ -42,7 +34,7 @@ Staging StageRound(const Tile& tile, const RoundMember& member) {
   if (member.has_shortcut)
     CopyRegion(tile, kStaged, kObserved, member.margin);
   else
-    SmoothObserved(tile, member);
+    ApplyStencil(tile, ObservedSmoother(member.width), kStaged, kObserved, member.margin);
   return Staging::kReady;
 }
 

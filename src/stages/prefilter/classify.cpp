@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
+#include "stages/apply_stencil.h"
 #include "stages/fixed_point.h"
 #include "stages/prefilter/filters.h"
 #include "stages/prefilter/roughness.h"
-#include "stages/routines.h"
 
 namespace kelvo {
 namespace {
@@ -14,14 +14,6 @@ using namespace class_code;
 
 uint32_t Contrast(uint32_t code) {
   return code >> kContrastShift & kContrastMask;
-}
-
-void PreSmooth(const Tile& tile, int margin) {
-  const Region region(margin);
-  const Stencil& smoother = PreSmoother(tile.params());
-  for (int row = region.first; row < region.end; ++row)
-    tile.routines().stencil_row(smoother, tile.Row(kDisplay, row, region.first),
-                                tile.Row(kPreSmoothed, row, region.first), region.size());
 }
 
 void MeasureDirections(const Tile& tile, int margin) {
@@ -129,7 +121,7 @@ void ChooseFilters(const Tile& tile, int margin) {
 }  // namespace
 
 void Classify(const Tile& tile, int margin) {
-  PreSmooth(tile, margin + 3);
+  ApplyStencil(tile, PreSmoother(tile.params()), kDisplay, kPreSmoothed, margin + 3);
   MeasureDirections(tile, margin + 2);
   MarkEdgeSurroundings(tile, margin);
   if (tile.params().JPGCompression >= 16) MarkRinging(tile, margin);
