@@ -17,5 +17,5 @@ install_missing() {
 }
 
 build_packages=(g++ cmake ninja-build pkg-config libvips-dev libcli11-dev fonts-dejavu-core)
-test_packages=(clang-14 clang-format-14 clang-tidy-14 doctest-dev nlohmann-json3-dev libvips-tools libimage-exiftool-perl
+test_packages=(clang-14 clang-format-14 clang-tidy-14 doctest-dev nlohmann-json3-dev libvips-tools
   python3 git)
