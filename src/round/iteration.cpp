@@ -1,7 +1,7 @@
 #include "round/iteration.h"
 
 #include "round/pair_sweep.h"
-#include "stages/apply_stencil.h"
+#include "stages/point_operator.h"
 #include "stages/routines.h"
 #include "stages/schedule.h"
 #include "stages/step_code.h"
@@ -17,7 +17,7 @@ bool Moves(const TileParams& params, int family) {
 }  // namespace
 
 void BlurEstimate(const Tile& tile, const RoundMember& member) {
-  ApplyStencil(tile, DiscBlur(member.width), kEstimate, kBlurred, member.blur_margin);
+  ApplyPointOperator(tile, DiscBlur(member.width), kEstimate, kBlurred, member.blur_margin);
 }
 
 void FindFloor(const Tile& tile, const RoundMember& member) {

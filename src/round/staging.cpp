@@ -1,9 +1,9 @@
 #include "round/staging.h"
 
 #include "round/shortcut.h"
-#include "stages/apply_stencil.h"
 #include "stages/copy.h"
 #include "stages/output.h"
+#include "stages/point_operator.h"
 #include "stages/stencils/isotropic.h"
 #include "stages/tone.h"
 
@@ -34,7 +34,7 @@ Staging StageRound(const Tile& tile, const RoundMember& member) {
   if (member.has_shortcut)
     CopyRegion(tile, kStaged, kObserved, member.margin);
   else
-    ApplyStencil(tile, ObservedSmoother(member.width), kStaged, kObserved, member.margin);
+    ApplyPointOperator(tile, ObservedSmoother(member.width), kStaged, kObserved, member.margin);
   return Staging::kReady;
 }
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "stages/apply_stencil.h"
 #include "stages/fixed_point.h"
+#include "stages/point_operator.h"
 #include "stages/prefilter/filters.h"
 #include "stages/prefilter/roughness.h"
 
@@ -121,7 +121,7 @@ void ChooseFilters(const Tile& tile, int margin) {
 }  // namespace
 
 void Classify(const Tile& tile, int margin) {
-  ApplyStencil(tile, PreSmoother(tile.params()), kDisplay, kPreSmoothed, margin + 3);
+  ApplyPointOperator(tile, PreSmoother(tile.params()), kDisplay, kPreSmoothed, margin + 3);
   MeasureDirections(tile, margin + 2);
   MarkEdgeSurroundings(tile, margin);
   if (tile.params().JPGCompression >= 16) MarkRinging(tile, margin);

@@ -1,10 +1,10 @@
-#include "stages/apply_stencil.h"
+#include "stages/point_operator.h"
 
 #include "stages/routines.h"
 
 namespace kelvo {
 
-void ApplyStencil(const Tile& tile, const Stencil& stencil, int from, int to, int margin) {
+void ApplyPointOperator(const Tile& tile, const Stencil& stencil, int from, int to, int margin) {
   const Region region(margin);
   for (int row = region.first; row < region.end; ++row)
     tile.routines().stencil_row(stencil, tile.Row(from, row, region.first), tile.Row(to, row, region.first),

@@ -1,6 +1,6 @@
 // A stencil over a region, from one plane to another.
-#ifndef KELVO_STAGES_APPLY_STENCIL_H
-#define KELVO_STAGES_APPLY_STENCIL_H
+#ifndef KELVO_STAGES_POINT_OPERATOR_H
+#define KELVO_STAGES_POINT_OPERATOR_H
 
 #include "stages/stencil.h"
 #include "stages/tile.h"
@@ -9,8 +9,8 @@ namespace kelvo {
 
 //   reads   plane `from`, region `margin` and the stencil's reach beyond
 //   writes  plane `to`, region `margin`; another plane than `from`
-void ApplyStencil(const Tile& tile, const Stencil& stencil, int from, int to, int margin);
+void ApplyPointOperator(const Tile& tile, const Stencil& stencil, int from, int to, int margin);
 
 }  // namespace kelvo
 
-#endif  // KELVO_STAGES_APPLY_STENCIL_H
+#endif  // KELVO_STAGES_POINT_OPERATOR_H
