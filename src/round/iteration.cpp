@@ -39,17 +39,21 @@ void PairPass::Move(const Tile& tile) const {
   }
 }
 
+// Moves only add to the estimate, so their order is free.
 void PairPass::Apply(const Tile& tile) const {
   const Region region(member_.final_margin);
-  for (int row = region.first; row < region.end; row += Stride())
-    for (int column = region.first; column < region.end; column += Stride())
-      for (int family = 0; family < kPairFamilies; ++family) {
-        if (!Moves(tile.params(), family)) continue;
-        const int32_t coded = LowHalf(tile.At(kPairPlanes[family], row, column));
-        if (coded == 0) continue;
-        const PairModel& model = ModelOf(kind_, member_.width, static_cast<PairFamily>(family));
-        Spread(model, tile.Row(kEstimate, row, column), DecodeStep(tile.params(), coded) >> model.apply_shift);
+  for (int family = 0; family < kPairFamilies; ++family) {
+    if (!Moves(tile.params(), family)) continue;
+    const PairModel& model = ModelOf(kind_, member_.width, static_cast<PairFamily>(family));
+    for (int row = region.first; row < region.end; row += Stride()) {
+      const int32_t* codes = tile.Row(kPairPlanes[family], row);
+      int32_t* estimate = tile.Row(kEstimate, row);
+      for (int column = region.first; column < region.end; column += Stride()) {
+        const int32_t coded = LowHalf(codes[column]);
+        if (coded != 0) Spread(model, estimate + column, DecodeStep(tile.params(), coded) >> model.apply_shift);
       }
+    }
+  }
 }
 
 }  // namespace kelvo
