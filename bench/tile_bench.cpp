@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "round/focus.h"
 #include "round/focus_driver.h"
 #include "stages/routines.h"
 #include "support/tiles.h"

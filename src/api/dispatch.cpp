@@ -28,7 +28,7 @@ void Defocus(const Tile& tile) {
 
 void Focus(const Tile& tile) {
   if (IsMotion(tile.params())) return RunTurned(tile, LeaveUntouched);
-  if (RestoresRound(BlurWidth(tile.params()))) FocusRound(tile);
+  if (BlurWidth(tile.params()) != 0) FocusRound(tile);
 }
 
 }  // namespace kelvo

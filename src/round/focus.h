@@ -6,12 +6,7 @@
 
 namespace kelvo {
 
-// Whether FocusRound restores this width yet.
-constexpr bool RestoresRound(int width) {
-  return width >= 1 && width <= 20;
-}
-
-// Restores the core of kDisplay from the round blur of the block's width; the rest of the plane is context.
+// Restores the core of kDisplay from the round blur of the block's width, 1..20; the rest of the plane is context.
 void FocusRound(const Tile& tile);
 
 }  // namespace kelvo

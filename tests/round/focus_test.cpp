@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "round/focus.h"
 #include "round/shortcut.h"
 #include "stages/stencils/disc.h"
 #include "support/tiles.h"
