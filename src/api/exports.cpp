@@ -44,12 +44,12 @@ int32_t KELVO_CALL KVDLL_GetVersionNumber(void) {
 
 int32_t KELVO_CALL kelvo_defocus_tile(TileParams* params, int32_t* work_heap) {
   return kelvo::Run(params, kelvo::CheckDefocus,
-                    [&] { kelvo::Defocus(kelvo::Tile(*params, work_heap, kelvo::PlainRoutines())); });
+                    [&] { kelvo::Defocus(kelvo::Tile(*params, work_heap, kelvo::BaselineRoutines())); });
 }
 
 int32_t KELVO_CALL kelvo_focus_tile_with(TileParams* params, int32_t* work_heap, uint32_t variant) {
   return kelvo::Run(params, kelvo::CheckFocus,
-                    [&] { kelvo::Focus(kelvo::Tile(*params, work_heap, kelvo::PlainRoutines(), variant)); });
+                    [&] { kelvo::Focus(kelvo::Tile(*params, work_heap, kelvo::BaselineRoutines(), variant)); });
 }
 
 int32_t KELVO_CALL kelvo_focus_tile(TileParams* params, int32_t* work_heap) {

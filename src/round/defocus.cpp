@@ -1,27 +1,12 @@
 #include "round/defocus.h"
 
-#include "stages/routines.h"
-#include "stages/schedule.h"
+#include "stages/forward_blur.h"
 #include "stages/stencils/disc.h"
-#include "stages/tone.h"
 
 namespace kelvo {
 
 void DefocusRound(const Tile& tile) {
-  TileParams& params = tile.params();
-  SetUpSchedule(params);
-  const int32_t* display = tile.Cells(kDisplay);
-  int32_t* linear = tile.Cells(kEstimate);
-  for (int cell = 0; cell < kPlaneCells; ++cell) linear[cell] = ToLinear(params, display[cell]);
-
-  const Region core(0);
-  const Stencil& blur = DiscBlur(BlurWidth(params));
-  for (int row = core.first; row < core.end; ++row) {
-    int32_t blurred[KELVO_CORE_SIZE];
-    tile.routines().stencil_row(blur, tile.Row(kEstimate, row, core.first), blurred, core.size());
-    int32_t* result = tile.Row(kDisplay, row, core.first);
-    for (int column = 0; column < core.size(); ++column) result[column] = ToDisplay(params, blurred[column]);
-  }
+  BlurDisplay(tile, DiscBlur(BlurWidth(tile.params())));
 }
 
 }  // namespace kelvo

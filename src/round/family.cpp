@@ -85,24 +85,6 @@ constexpr std::array<std::span<const int16_t>, kMaxWidth> MakeFootprints(std::in
 
 constexpr auto kFootprints = MakeFootprints(std::make_index_sequence<kMaxWidth>());
 
-// Refinements = (base - Iteration) x factor; base by Accuracy -2..2, 0 for none.
-struct RefineRow {
-  int last_width;
-  int base[5];
-  int factor;
-};
-
-// clang-format off
-constexpr RefineRow kRefine[] = {
-    //       Accuracy -2 -1  0  1  2
-    { 3, {0, 0, 0, 2, 3}, 1},
-    { 6, {0, 0, 2, 3, 4}, 1},
-    { 7, {0, 2, 3, 4, 5}, 1},
-    {10, {0, 2, 2, 3, 5}, 2},  // Intended: 3 at Accuracy 1, and no doubling at Accuracy -1
-    {20, {0, 2, 3, 4, 5}, 2},
-};
-// clang-format on
-
 }  // namespace
 
 const RoundMember& MemberOf(int width) {
@@ -111,14 +93,6 @@ const RoundMember& MemberOf(int width) {
 
 std::span<const int16_t> FloorCells(int width) {
   return kFootprints[static_cast<size_t>(width - 1)];
-}
-
-int RoundRefineCount(const RoundMember& member, const TileParams& params) {
-  if (member.has_shortcut && params.ShortcutMode == 2) return 0;
-  const RefineRow* row = kRefine;
-  while (row->last_width < member.width) ++row;
-  const bool single = member.width <= 10 && params.Accuracy == -1;
-  return (row->base[params.Accuracy + 2] - params.Iteration) * (single ? 1 : row->factor);
 }
 
 }  // namespace kelvo

@@ -31,9 +31,6 @@ const RoundMember& MemberOf(int width);
 // squared radii, distances in cells of a plane.
 std::span<const int16_t> FloorCells(int width);
 
-// Refinements of the current iteration, by width, Accuracy and Iteration; may be negative.
-int RoundRefineCount(const RoundMember& member, const TileParams& params);
-
 }  // namespace kelvo
 
 #endif  // KELVO_ROUND_FAMILY_H

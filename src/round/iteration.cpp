@@ -21,11 +21,7 @@ void BlurEstimate(const Tile& tile, const RoundMember& member) {
 }
 
 void FindFloor(const Tile& tile, const RoundMember& member) {
-  const Region region(member.final_margin + 1);
-  const std::span<const int16_t> cells = FloorCells(member.width);
-  for (int row = region.first; row < region.end; ++row)
-    tile.routines().minimum_row(cells, tile.Row(kBlurred, row, region.first), tile.Row(kFloor, row, region.first),
-                                region.size());
+  FindMinimum(tile, FloorCells(member.width), kBlurred, kFloor, member.final_margin + 1);
 }
 
 void PairPass::Move(const Tile& tile) const {

@@ -28,7 +28,6 @@ class PairPass {
   void Blur(const Tile& tile) const { BlurEstimate(tile, member_); }
   void Move(const Tile& tile) const;
   void Apply(const Tile& tile) const;
-  int RefineCount(const TileParams& params) const { return RoundRefineCount(member_, params); }
 
  private:
   int Stride() const { return kind_ == PairKind::kFine ? 1 : 2; }

@@ -6,23 +6,15 @@
 
 #include "round/pair_model.h"
 #include "stages/fixed_point.h"
+#include "stages/move_sweep.h"
 #include "stages/tile.h"
 
 namespace kelvo {
 
-// What all pairs of a sweep share. Pointers are to the first cells of planes.
-struct PairSweep {
+// What all pairs of a sweep share.
+struct PairSweep : MoveSweep {
   const PairModel* model;
-  int32_t* estimate;
-  int32_t* blurred;  // its first 8192 cells are the weight tables
-  const int32_t* observed;
-  const int32_t* floor;
-  int32_t* codes;  // the family's coded moves, low halves
-  int iteration;   // from 1
-  int half_step;
-  int scale_shift;
-  int32_t unit;  // linear units of one step before ScaleShift: 1.5 x GradientScale, truncated
-  bool undo;     // moves are taken back once they are coded
+  bool undo;  // moves are taken back once they are coded
 };
 
 // Adds a move of q to the estimate around `estimate`, the pair's cell.

@@ -6,7 +6,6 @@
 
 #include "round/pair_sweep.h"
 #include "stages/fixed_point.h"
-#include "stages/weights.h"
 
 namespace kelvo {
 
@@ -70,8 +69,9 @@ class PairTrial {
 
   void HalveUnit() { unit_ >>= 1; }
 
-  // Leaves a move of `units` in all in the planes.
-  void Write(int units) const {
+  // Leaves a move of `units` in all in the planes, unless moves are undone.
+  void Finish(int units) const {
+    if (units == 0 || sweep_.undo) return;
     int32_t *estimate = sweep_.estimate + cell_, *blurred = sweep_.blurred + cell_;
     Spread(model_, estimate, Signed(spread_));
     for (size_t i = 0; i < static_cast<size_t>(model_.side); ++i) {
@@ -101,12 +101,6 @@ class PairTrial {
 
   uint32_t Move(int shift, uint32_t flip) const { return ((Bits(unit_) << shift) ^ flip) - flip; }
 
-  // A pixel below its floor is weighed as if half as far below.
-  uint32_t Smoothness(uint32_t value, int32_t floor) const {
-    const int32_t below = Signed(value - Bits(floor)) >> 1;
-    return SmoothnessWeight(sweep_.blurred, Signed(value + Bits(below < 0 ? below : 0)) >> 16);
-  }
-
   // The cost: each side's misfit by the weight of its pixel, each pixel's roughness by that of its trial value. The
   // pair's own difference is seen from both ends and so counts half.
   uint32_t Weighed(uint32_t misfit_a, uint32_t misfit_b, uint32_t a, uint32_t b) const {
@@ -116,7 +110,8 @@ class PairTrial {
       rough_b += Magnitude(b - neighbours_b_[i]);
     }
     return MulHighUnsigned(data_weight_a_, misfit_a) + MulHighUnsigned(data_weight_b_, misfit_b) +
-           MulHighUnsigned(Smoothness(a, floor_a_), rough_a) + MulHighUnsigned(Smoothness(b, floor_b_), rough_b);
+           MulHighUnsigned(RoughnessWeight(sweep_, a, floor_a_), rough_a) +
+           MulHighUnsigned(RoughnessWeight(sweep_, b, floor_b_), rough_b);
   }
 
   const PairSweep& sweep_;

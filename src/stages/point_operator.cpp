@@ -11,4 +11,11 @@ void ApplyPointOperator(const Tile& tile, const Stencil& stencil, int from, int 
                                 region.size());
 }
 
+void FindMinimum(const Tile& tile, std::span<const int16_t> cells, int from, int to, int margin) {
+  const Region region(margin);
+  for (int row = region.first; row < region.end; ++row)
+    tile.routines().minimum_row(cells, tile.Row(from, row, region.first), tile.Row(to, row, region.first),
+                                region.size());
+}
+
 }  // namespace kelvo

@@ -5,7 +5,6 @@
 //   void Blur(const Tile&) const           kEstimate -> kBlurred
 //   void Move(const Tile&) const           searches every move of the pass, codes it in the low halves
 //   void Apply(const Tile&) const          adds the decoded moves to kEstimate
-//   int RefineCount(const TileParams&) const  refinements of the current iteration; may be negative
 #ifndef KELVO_STAGES_RESTORATION_H
 #define KELVO_STAGES_RESTORATION_H
 
@@ -24,7 +23,7 @@ namespace kelvo {
 template <class Stages>
 void Refine(const Tile& tile, const Stages& stages) {
   TileParams& params = tile.params();
-  params.RefineCount = std::max(0, stages.RefineCount(params));
+  params.RefineCount = std::max(0, RefineCount(params));
   if (params.RefineCount == 0) return;
 
   const bool clear = params.RefineCount >= 4 || params.Iteration < 2;

@@ -14,6 +14,7 @@
 namespace kelvo {
 
 struct PairSweep;
+struct StepSweep;
 
 struct Routines {
   // to[i] = the stencil's value at from + i, for i in 0 .. count - 1. The arrays must not overlap.
@@ -24,10 +25,16 @@ struct Routines {
 
   // Searches the moves of `count` pairs, `stride` cells apart, the first at cell `first` of the plane.
   void (*pair_row)(const PairSweep& sweep, int first, int stride, int count);
+
+  // Searches the steps of `count` cells along a motion, the first at cell `first` of the plane.
+  void (*step_row)(const StepSweep& sweep, int first, int count);
 };
 
-// Portable C++, one version for every machine.
+// One thing at a time: what the other versions are checked against.
 const Routines& PlainRoutines();
+
+// Vectors of the baseline of the machine that the library was built for. What the exports use.
+const Routines& BaselineRoutines();
 
 }  // namespace kelvo
 

@@ -35,6 +35,24 @@ uint32_t PairFlags(int width, int accuracy) {
   return kAxisPairs | (diagonals ? kDiagonalPairs : 0);
 }
 
+// Refinements = (base - Iteration) x factor; base by Accuracy -2..2, 0 for none.
+struct RefineRow {
+  int last_width;
+  int base[5];
+  int factor;
+};
+
+// clang-format off
+constexpr RefineRow kRefine[] = {
+    //       Accuracy -2 -1  0  1  2
+    { 3, {0, 0, 0, 2, 3}, 1},
+    { 6, {0, 0, 2, 3, 4}, 1},
+    { 7, {0, 2, 3, 4, 5}, 1},
+    {10, {0, 2, 2, 3, 5}, 2},  // Intended: 3 at Accuracy 1, and no doubling at Accuracy -1
+    {20, {0, 2, 3, 4, 5}, 2},
+};
+// clang-format on
+
 }  // namespace
 
 void SetUpSchedule(TileParams& params) {
@@ -80,6 +98,15 @@ void SetUpIteration(TileParams& params, int iteration) {
   params.Iteration = iteration;
   params.Step = 40000 / params.StepDivisor / iteration;
   params.HalfStep = params.Step >> 1;
+}
+
+int RefineCount(const TileParams& params) {
+  if (params.ShortcutMode == 2) return 0;
+  const int width = BlurWidth(params);
+  const RefineRow* row = kRefine;
+  while (row->last_width < width) ++row;
+  const bool single = width <= 10 && params.Accuracy == -1;
+  return (row->base[params.Accuracy + 2] - params.Iteration) * (single ? 1 : row->factor);
 }
 
 }  // namespace kelvo

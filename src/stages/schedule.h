@@ -20,6 +20,10 @@ void SetUpPass(TileParams& params, int pass, int scale_shift);
 // First step of iteration `iteration`, from 1: sets Iteration, Step and HalfStep; steps fall as 1 / iteration.
 void SetUpIteration(TileParams& params, int iteration);
 
+// Refinements of the current iteration, by width, Accuracy and Iteration, the same for both kinds of blur; may be
+// negative. A run that starts from a sharpened tile (ShortcutMode 2; 0 for all motion) has none.
+int RefineCount(const TileParams& params);
+
 }  // namespace kelvo
 
 #endif  // KELVO_STAGES_SCHEDULE_H

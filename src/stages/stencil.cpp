@@ -8,6 +8,12 @@ namespace kelvo {
 
 namespace {
 
+int32_t Normalised(const Stencil& stencil, uint32_t total) {
+  if (stencil.normaliser == 0) return Signed(total);
+  return stencil.product == Product::kSigned ? MulHigh(Signed(total), stencil.normaliser)
+                                             : Signed(MulHighUnsigned(total, stencil.normaliser));
+}
+
 // Adds up the partial sums, each of which `part` gives, and normalises the total.
 template <class Part>
 int32_t Total(const Stencil& stencil, Part part) {
@@ -16,7 +22,7 @@ int32_t Total(const Stencil& stencil, Part part) {
     const uint32_t cells = part(sum.count);
     total += sum.shift < 0 ? cells << -sum.shift : ShiftRight(cells, sum.shift);
   }
-  return stencil.normaliser == 0 ? Signed(total) : MulHigh(Signed(total), stencil.normaliser);
+  return Normalised(stencil, total);
 }
 
 }  // namespace
@@ -40,6 +46,16 @@ namespace {
 // Columns that are worked at once, so that their sums stay in registers.
 constexpr int kBlock = 16;
 
+void NormaliseBlock(const Stencil& stencil, const uint32_t* total, int32_t* to) {
+  const uint32_t factor = stencil.normaliser;
+  if (factor == 0)
+    for (int i = 0; i < kBlock; ++i) to[i] = Signed(total[i]);
+  else if (stencil.product == Product::kSigned)
+    for (int i = 0; i < kBlock; ++i) to[i] = MulHigh(Signed(total[i]), factor);
+  else
+    for (int i = 0; i < kBlock; ++i) to[i] = Signed(MulHighUnsigned(total[i], factor));
+}
+
 void StencilBlock(const Stencil& stencil, const int32_t* from, int32_t* to) {
   uint32_t total[kBlock] = {};
   const int16_t* next = stencil.cells.data();
@@ -50,8 +66,7 @@ void StencilBlock(const Stencil& stencil, const int32_t* from, int32_t* to) {
     const int left = sum.shift < 0 ? -sum.shift : 0, right = sum.shift < 0 ? 0 : sum.shift;
     for (int i = 0; i < kBlock; ++i) total[i] += ShiftRight(part[i] << left, right);
   }
-  for (int i = 0; i < kBlock; ++i)
-    to[i] = stencil.normaliser == 0 ? Signed(total[i]) : MulHigh(Signed(total[i]), stencil.normaliser);
+  NormaliseBlock(stencil, total, to);
 }
 
 void MinimumBlock(std::span<const int16_t> cells, const int32_t* from, int32_t* to) {

@@ -37,11 +37,15 @@ struct PartialSum {
   int16_t shift;
 };
 
+// How the total is multiplied by the normaliser. The two differ where it is negative.
+enum class Product { kSigned, kUnsigned };
+
 // A stencil as the evaluators read it; the arrays have static storage.
 struct Stencil {
   std::span<const int16_t> cells;  // distances in cells, sum by sum
   std::span<const PartialSum> sums;
   uint32_t normaliser;  // 2^32 / total weight, rounded down; 0: the total weight is 1 and nothing is multiplied
+  Product product = Product::kSigned;
 };
 
 // A class (a, b) is every cell (±a, ±b) and (±b, ±a); the four axis neighbours are (0, 1).
@@ -106,7 +110,8 @@ class StencilBuilder {
   constexpr Stencil View() const {
     return {{cells_.data(), static_cast<size_t>(cell_count_)},
             {sums_.data(), static_cast<size_t>(sum_count_)},
-            normaliser_};
+            normaliser_,
+            Product::kSigned};
   }
 
  private:

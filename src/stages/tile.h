@@ -28,6 +28,7 @@ enum Plane : int {
   kStaged = 5,         // the pre-filtered tile, display values, then linear ones
   kResidual = 6,       // low byte of a cell: detail that the pre-filter removed, quarters of a grey level
   kClass = 7,          // pre-filter: bit fields that choose a cell's filter
+  kSteps = 7,          // restoration from motion: coded steps along the line
   kHorizontal = 7,     // restoration: coded moves of the horizontal pairs
   kVertical = 9,       // coded moves of the vertical pairs
   kTurnScratch = 9,    // orientation: the tile while it is turned

@@ -28,8 +28,12 @@ inline uint32_t DataWeight(const int32_t* table, int32_t index) {
 
 // Weight of a roughness where the estimate >> 16 is `index`; clamped to the table, because a runaway estimate
 // must not reach cells that this call never wrote.
+inline constexpr int32_t kFirstSmoothness = -511, kLastSmoothness = 7679;
+inline const int32_t* SmoothnessTable(const int32_t* table) {
+  return table + 512;
+}
 inline uint32_t SmoothnessWeight(const int32_t* table, int32_t index) {
-  return Bits(table[512 + Clamp(index, -511, 7679)]);
+  return Bits(SmoothnessTable(table)[Clamp(index, kFirstSmoothness, kLastSmoothness)]);
 }
 
 }  // namespace kelvo

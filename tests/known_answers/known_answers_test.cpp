@@ -89,7 +89,13 @@ TEST_CASE("known answers: interface, defocus, round focus of widths 1..7") {
 TEST_CASE("known answers: round focus of widths 8..20") {
   RunGroup("round-focus");
 }
-TEST_CASE("known answers: round focus with moves undone") {
+TEST_CASE("known answers: motion defocus") {
+  RunGroup("motion-defocus");
+}
+TEST_CASE("known answers: motion focus") {
+  RunGroup("motion-focus");
+}
+TEST_CASE("known answers: variants of round and motion focus") {
   RunGroup("variants");
 }
 

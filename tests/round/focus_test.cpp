@@ -96,19 +96,5 @@ TEST_CASE("a result does not depend on what the heap held") {
   }
 }
 
-TEST_CASE("directions that are not built leave the tile untouched") {
-  for (const uint32_t spec : {5u | 30u << 8, 5u | 100u << 8, 5u | 150u << 8, 5u | 60u << 8}) {
-    CAPTURE(spec);
-    Bench bench;
-    bench.Fill("noise", {5});
-    bench.params.BlurSpec = spec;
-    bench.params.Message[0] = 'x';
-    const uint32_t before = bench.Crc(0, 0, 256);
-    CHECK(kelvo_focus_tile(&bench.params, bench.heap()) == 0);
-    CHECK(bench.Crc(0, 0, 256) == before);
-    CHECK(bench.params.Message[0] == 0);
-  }
-}
-
 }  // namespace
 }  // namespace kelvo::test

@@ -132,7 +132,7 @@ struct Planes {
   }
   PairSweep Sweep(const PairModel& model, int iteration, int scale, bool undo) {
     int32_t* c = cells.data();
-    return {&model, c, c + 65536, c + 2 * 65536, c + 3 * 65536, c + 4 * 65536, iteration, 40, scale, 5000, undo};
+    return {{c, c + 65536, c + 2 * 65536, c + 3 * 65536, c + 4 * 65536, iteration, 40, scale, 5000}, &model, undo};
   }
   std::vector<int32_t> cells;
 };

@@ -103,5 +103,25 @@ TEST_CASE("weight tables: ramp, scaled curve, curve, and what continues them") {
   CHECK(cell(8191) == 109543639u);
 }
 
+TEST_CASE("refinement counts by width, accuracy and iteration") {
+  const struct {
+    int width, accuracy, iteration, shortcut, count;
+  } cases[] = {
+      {1, 2, 1, 0, 2},  {1, 2, 2, 0, 1}, {1, 2, 4, 0, 0},  {3, 1, 1, 0, 1},  {3, 0, 1, 0, 0},  {4, 0, 1, 0, 1},
+      {6, 2, 1, 0, 3},  {6, 2, 1, 2, 0}, {6, -1, 1, 1, 0}, {7, -1, 1, 0, 1}, {7, -2, 1, 0, 0}, {7, 2, 2, 0, 3},
+      {8, -1, 1, 0, 1}, {9, 2, 1, 0, 8}, {9, 1, 1, 0, 4},  {9, 0, 1, 0, 2},  {11, 1, 1, 0, 6}, {20, -1, 1, 0, 2},
+  };
+  for (const auto& c : cases) {
+    CAPTURE(c.width);
+    CAPTURE(c.accuracy);
+    TileParams params{};
+    params.BlurSpec = static_cast<uint32_t>(c.width);
+    params.Accuracy = c.accuracy;
+    params.Iteration = c.iteration;
+    params.ShortcutMode = c.shortcut;
+    CHECK(std::max(0, RefineCount(params)) == c.count);
+  }
+}
+
 }  // namespace
 }  // namespace kelvo::test

@@ -1,0 +1,18 @@
+#include "stages/routines.h"
+
+#include "motion/step_sweep.h"
+#include "round/pair_sweep.h"
+
+namespace kelvo {
+
+const Routines& PlainRoutines() {
+  static constexpr Routines kRoutines = {plain::StencilRow, plain::MinimumRow, plain::PairRow, plain::StepRow};
+  return kRoutines;
+}
+
+const Routines& BaselineRoutines() {
+  static constexpr Routines kRoutines = {plain::StencilRow, plain::MinimumRow, plain::PairRow, lanes::StepRow};
+  return kRoutines;
+}
+
+}  // namespace kelvo

@@ -1,0 +1,129 @@
+// The line of a motion blur: a box of width + 1 pixels along the angle, drawn in whole eighths of a column.
+//
+// Every column that the line covers has a weight, which the two cells share that the line's middle runs between. The
+// restoration of widths 11..20 models a band around the line, because the tile that it fits has been smoothed: the
+// band is a power-of-two stand-in for the smoothed line.
+#ifndef KELVO_MOTION_LINE_H
+#define KELVO_MOTION_LINE_H
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+#include "motion/family.h"
+#include "stages/stencil.h"
+
+namespace kelvo {
+
+// The blur of the member as defocus applies it: the bare line.
+const Stencil& BareLine(const MotionMember& member);
+
+// The blur as restoration models it: the bare line for widths 1..10, the band for widths 11..20. Its products are
+// unsigned.
+const Stencil& ModelLine(const MotionMember& member);
+
+// The cells on which the model has weight, distances in cells of a plane: the floor is the least blurred value on them.
+std::span<const int16_t> ModelLineCells(const MotionMember& member);
+
+// The smoother of what widths 11..20 observe: 3 x 3 cells, a little stronger along the line.
+const Stencil& ObservedLineSmoother(const MotionMember& member);
+
+// The rest draws the lines at compile time.
+namespace motion {
+
+// Whole numbers on a square of cells around a pixel, by column to the right and row up.
+template <class Number, int reach>
+class Grid {
+ public:
+  static constexpr int kReach = reach;
+
+  constexpr Number& At(int column, int up) { return cells_[Index(column, up)]; }
+  constexpr Number At(int column, int up) const { return cells_[Index(column, up)]; }
+  static constexpr bool Holds(int column, int up) {
+    return column >= -reach && column <= reach && up >= -reach && up <= reach;
+  }
+
+ private:
+  static constexpr size_t Index(int column, int up) {
+    assert(Holds(column, up));
+    return static_cast<size_t>((reach - up) * (2 * reach + 1) + column + reach);
+  }
+
+  std::array<Number, static_cast<size_t>((2 * reach + 1) * (2 * reach + 1))> cells_{};
+};
+
+inline constexpr int kLineReach = 13;
+using LineGrid = Grid<int16_t, kLineReach>;
+
+constexpr int TotalOf(const LineGrid& line) {
+  int total = 0;
+  for (int up = -kLineReach; up <= kLineReach; ++up)
+    for (int column = -kLineReach; column <= kLineReach; ++column) total += line.At(column, up);
+  return total;
+}
+
+// Puts `weight` into column `column` of the line that runs `above` rows above the centre line. The height at the
+// column's centre decides the share of the two rows; the column keeps its whole weight whatever the rounding.
+constexpr void Put(LineGrid& line, int angle, int column, int above, int weight) {
+  const double height = column * Tangent(angle);
+  const int row = Floor(height);
+  const int upper = Round(weight * (height - row));
+  line.At(column, row + above) = static_cast<int16_t>(line.At(column, row + above) + weight - upper);
+  if (upper != 0) line.At(column, row + above + 1) = static_cast<int16_t>(line.At(column, row + above + 1) + upper);
+}
+
+// The box of width + 1 pixels, projected on the columns; the outermost may be covered in part.
+constexpr LineGrid DrawBareLine(int width, int angle) {
+  LineGrid line;
+  for (int column = -kLineReach; column <= kLineReach; ++column) {
+    const double rest = HalfLength(width, angle) + 0.5 - (column < 0 ? -column : column);
+    const int weight = rest <= 0.0 ? 0 : Round(8.0 * (rest < 1.0 ? rest : 1.0));
+    if (weight > 0) Put(line, angle, column, 0, weight);
+  }
+  return line;
+}
+
+// Lines side by side, the middle one strongest, each cut across the line and weaker for one step at its ends.
+constexpr LineGrid DrawBand(int width, int angle, int extra_margin) {
+  const double half = HalfLength(width, angle), tangent = Tangent(angle);
+  const int lines = Round(extra_margin / Cosine(angle));
+  LineGrid band;
+  for (int above = -lines; above <= lines; ++above)
+    for (int column = -kLineReach; column <= kLineReach; ++column) {
+      const double along = column + above * tangent / (1.0 + tangent * tangent);
+      const double distance = along < 0.0 ? -along : along;
+      const int offset = above < 0 ? -above : above;
+      int weight = 0;
+      if (distance + 0.5 <= half)
+        weight = offset == 0 ? 8 : offset == 1 ? 4 : 1;
+      else if (distance <= half + 1.0)
+        weight = offset <= 1 ? 2 : 1;
+      if (weight > 0) Put(band, angle, column, above, weight);
+    }
+  return band;
+}
+
+constexpr LineGrid DrawModelLine(const MotionMember& member) {
+  return member.extra_margin == 0 ? DrawBareLine(member.width, member.angle)
+                                  : DrawBand(member.width, member.angle, member.extra_margin);
+}
+
+// An isotropic 8-5-2 smoother, in sixteenths, whose neighbour in direction a gains cos 2(a - angle) of one, rounded.
+constexpr LineGrid DrawObservedSmoother(int angle) {
+  const int16_t along_row = angle <= 30 ? 1 : 0, along_diagonal = angle >= 15 ? 1 : 0;
+  LineGrid smoother;
+  smoother.At(0, 0) = 8;
+  for (const int side : {-1, 1}) {
+    smoother.At(side, 0) = static_cast<int16_t>(5 + along_row);
+    smoother.At(0, side) = static_cast<int16_t>(5 - along_row);
+    smoother.At(side, side) = static_cast<int16_t>(2 + along_diagonal);
+    smoother.At(-side, side) = static_cast<int16_t>(2 - along_diagonal);
+  }
+  return smoother;
+}
+
+}  // namespace motion
+
+}  // namespace kelvo
+
+#endif  // KELVO_MOTION_LINE_H

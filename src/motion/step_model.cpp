@@ -1,0 +1,164 @@
+#include "motion/step_model.h"
+
+#include <utility>
+
+#include "motion/line.h"
+
+namespace kelvo {
+namespace {
+
+constexpr int Abs(int value) {
+  return value < 0 ? -value : value;
+}
+
+// In halves of a step: what share of it a tap moves.
+constexpr int HalvesOf(const OperatorTap& tap) {
+  return tap.base == TapBase::kHalf ? 1 : 2;
+}
+
+constexpr bool Touch(const OperatorTap& a, const OperatorTap& b) {
+  return Abs(a.column - b.column) <= 1 && Abs(a.up - b.up) <= 1;
+}
+
+constexpr void SetNeighbours(StepModel& model) {
+  const OperatorTaps& taps = model.taps;
+  for (int i = 0; i < taps.count; ++i) {
+    MovedCell& moved = model.moved[static_cast<size_t>(i)];
+    for (int up = 1; up >= -1; --up)
+      for (int column = -1; column <= 1; ++column) {
+        bool moves = false;  // the cell itself included
+        for (int j = 0; j < taps.count; ++j)
+          moves = moves || taps.taps[static_cast<size_t>(j)].cell ==
+                               taps.taps[static_cast<size_t>(i)].cell + CellsTo(-up, column);
+        if (moves) continue;
+        moved.neighbours[static_cast<size_t>(moved.count++)] =
+            static_cast<int16_t>(taps.taps[static_cast<size_t>(i)].cell + CellsTo(-up, column));
+      }
+    for (int j = 0; j < i; ++j)
+      if (Touch(taps.taps[static_cast<size_t>(i)], taps.taps[static_cast<size_t>(j)]))
+        model.touching[static_cast<size_t>(model.touching_count++)] = {static_cast<int8_t>(j), static_cast<int8_t>(i)};
+  }
+}
+
+using Response = motion::Grid<int32_t, motion::kLineReach + 3>;
+
+// 65520 times the blur's answer to a step of one, per cell. The model's weights are those of the drawn line.
+constexpr Response Respond(const OperatorTaps& taps, const motion::LineGrid& line) {
+  motion::Grid<int64_t, Response::kReach> sums;
+  for (int i = 0; i < taps.count; ++i) {
+    const OperatorTap& tap = taps.taps[static_cast<size_t>(i)];
+    for (int up = -motion::kLineReach; up <= motion::kLineReach; ++up)
+      for (int column = -motion::kLineReach; column <= motion::kLineReach; ++column)
+        if (line.At(column, up) != 0)
+          sums.At(tap.column + column, tap.up + up) +=
+              int64_t{tap.sign} * HalvesOf(tap) * tap.share * line.At(column, up);
+  }
+  const int64_t unit = int64_t{2} * 65536 * motion::TotalOf(line);
+  Response response;
+  for (int up = -Response::kReach; up <= Response::kReach; ++up)
+    for (int column = -Response::kReach; column <= Response::kReach; ++column)
+      response.At(column, up) = static_cast<int32_t>(sums.At(column, up) * 65520 / unit);
+  return response;
+}
+
+// Intended: width 1 at 45 degrees has amounts of its own.
+constexpr Response SteepNarrowResponse() {
+  Response response;
+  response.At(0, 0) = 33408;
+  response.At(-1, -1) = -33408;
+  response.At(1, 1) = 10692;
+  response.At(-2, -2) = -10692;
+  return response;
+}
+
+constexpr int LargestOf(const Response& response) {
+  int largest = 0;
+  for (int up = -Response::kReach; up <= Response::kReach; ++up)
+    for (int column = -Response::kReach; column <= Response::kReach; ++column)
+      if (Abs(response.At(column, up)) > largest) largest = Abs(response.At(column, up));
+  return largest;
+}
+
+constexpr void Insert(StepSide& side, int cell, int amount) {
+  auto at = static_cast<size_t>(side.count++);
+  for (; at > 0 && side.amounts[at - 1] < amount; --at) {
+    side.amounts[at] = side.amounts[at - 1];
+    side.cells[at] = side.cells[at - 1];
+  }
+  side.amounts[at] = amount;
+  side.cells[at] = static_cast<int16_t>(cell);
+}
+
+constexpr void Finish(StepSide& side) {
+  side.padded = static_cast<int16_t>((side.count + StepSide::kLanes - 1) / StepSide::kLanes * StepSide::kLanes);
+  for (int i = 0; i < side.count; ++i) {
+    const int32_t amount = side.amounts[static_cast<size_t>(i)];
+    if (i == 0 || side.runs[static_cast<size_t>(side.run_count - 1)].amount != amount)
+      side.runs[static_cast<size_t>(side.run_count++)].amount = amount;
+    side.runs[static_cast<size_t>(side.run_count - 1)].end = static_cast<int16_t>(i + 1);
+  }
+}
+
+// Cells below a sixteenth of the largest amount are left out: they are the noise that rounding the line to eighths
+// leaves along its inside, nearly half of the cells and a twentieth of the response.
+constexpr void SetSides(StepModel& model, const Response& response) {
+  const int largest = LargestOf(response);
+  for (int up = Response::kReach; up >= -Response::kReach; --up)
+    for (int column = -Response::kReach; column <= Response::kReach; ++column) {
+      const int amount = response.At(column, up);
+      if (amount == 0 || 16 * Abs(amount) < largest) continue;
+      Insert(amount > 0 ? model.rising : model.falling, CellsTo(-up, column), Abs(amount));
+    }
+  Finish(model.rising);
+  Finish(model.falling);
+}
+
+// The moved cell that stands for a side: the one with the largest part of the step. It is always one alone.
+constexpr int16_t MostMoved(const OperatorTaps& taps, int sign) {
+  int64_t most = 0;
+  int16_t cell = 0;
+  for (int i = 0; i < taps.count; ++i) {
+    const OperatorTap& tap = taps.taps[static_cast<size_t>(i)];
+    const int64_t part = int64_t{HalvesOf(tap)} * tap.share;
+    if (tap.sign != sign || part <= most) continue;
+    most = part;
+    cell = tap.cell;
+  }
+  return cell;
+}
+
+constexpr StepModel MakeModel(StepKind kind, int index) {
+  const MotionMember member = motion::MakeMember(motion::NameOf(index));
+  StepModel model{};
+  model.taps = motion::MakeTaps(kind == StepKind::kFine ? FineOperator(member.width) : CoarseOperator(member.width),
+                                member.angle);
+  SetNeighbours(model);
+  SetSides(model, member.width == 1 && member.angle == 45 ? SteepNarrowResponse()
+                                                          : Respond(model.taps, motion::DrawModelLine(member)));
+  model.rising.pixel = MostMoved(model.taps, 1);
+  model.falling.pixel = MostMoved(model.taps, -1);
+  return model;
+}
+
+template <StepKind kind, int index>
+constexpr StepModel kModel = MakeModel(kind, index);
+
+template <StepKind kind, int first, int... i>
+constexpr std::array<const StepModel*, sizeof...(i)> ModelTable(std::integer_sequence<int, i...>) {
+  return {&kModel<kind, first + i>...};
+}
+
+constexpr int kFirstCoarse = motion::IndexOf(4, 0);
+constexpr auto kFine = ModelTable<StepKind::kFine, 0>(std::make_integer_sequence<int, motion::kMembers>());
+constexpr auto kCoarse =
+    ModelTable<StepKind::kCoarse, kFirstCoarse>(std::make_integer_sequence<int, motion::kMembers - kFirstCoarse>());
+
+}  // namespace
+
+const StepModel& StepModelOf(StepKind kind, const MotionMember& member) {
+  const int index = motion::IndexOf(member.width, BucketOf(member.angle));
+  return kind == StepKind::kFine ? *kFine[static_cast<size_t>(index)]
+                                 : *kCoarse[static_cast<size_t>(index - kFirstCoarse)];
+}
+
+}  // namespace kelvo

@@ -1,0 +1,33 @@
+// The sweep over the cells of a motion: every cell searches its step along the line and codes it.
+//
+// The search takes its moves back once the step is coded, so the planes stay as they are and no cell depends on what
+// another found. Neighbouring cells can therefore be searched together, in the lanes of vectors.
+#ifndef KELVO_MOTION_STEP_SWEEP_H
+#define KELVO_MOTION_STEP_SWEEP_H
+
+#include "motion/step_model.h"
+#include "stages/move_sweep.h"
+
+namespace kelvo {
+
+// What all cells of a sweep share. The estimate and the blurred estimate are read only.
+struct StepSweep : MoveSweep {
+  const StepModel* model;
+};
+
+// See Routines::step_row.
+namespace plain {
+
+void StepRow(const StepSweep& sweep, int first, int count);
+
+}  // namespace plain
+
+namespace lanes {
+
+void StepRow(const StepSweep& sweep, int first, int count);
+
+}  // namespace lanes
+
+}  // namespace kelvo
+
+#endif  // KELVO_MOTION_STEP_SWEEP_H
