@@ -2,23 +2,20 @@
 //
 // Every number is the least of several runs on the same generated tile, on one thread. The share of the pair search is
 // taken inside the driver, by timing the move stage of each iteration.
-#include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 
+#include "motion_bench.h"
 #include "round/focus_driver.h"
 #include "stages/routines.h"
-#include "support/tiles.h"
+#include "timing.h"
 
 namespace {
 
-using kelvo::test::Bench;
-using Clock = std::chrono::steady_clock;
-
-double Milliseconds(Clock::duration time) {
-  return std::chrono::duration<double, std::milli>(time).count();
-}
+using kelvo::bench::Clock;
+using kelvo::bench::Fastest;
+using kelvo::bench::Milliseconds;
+using kelvo::bench::Subject;
 
 // A pass with a clock around its pair search, and a count of the pairs.
 class TimedPass : public kelvo::PairPass {
@@ -48,69 +45,39 @@ struct Times {
   double total, searching, per_coarse_pair, per_fine_pair;
 };
 
-// The fastest of `repeats` runs; `run` fills all but the total.
-template <class Run>
-Times Fastest(int repeats, Bench& bench, const std::vector<int32_t>& tile, Run run) {
-  Times best{};
-  for (int i = 0; i < repeats; ++i) {
-    std::copy(tile.begin(), tile.end(), bench.heap());
-    const auto start = Clock::now();
-    Times times = run();
-    times.total = Milliseconds(Clock::now() - start);
-    if (i == 0 || times.total < best.total) best = times;
-  }
-  return best;
-}
-
 double NanosecondsPerPair(const TimedPass& pass) {
   return pass.pairs == 0 ? 0 : 1e6 * Milliseconds(pass.searching) / static_cast<double>(pass.pairs);
 }
 
-Times TimeFocus(Bench& bench, const std::vector<int32_t>& tile, int width, int accuracy, int repeats) {
-  bench.params.BlurSpec = static_cast<uint32_t>(width);
-  bench.params.Accuracy = accuracy;
-  return Fastest(repeats, bench, tile, [&] {
+// Each number is the least of the runs.
+Times TimeFocus(Subject& s, int width, int accuracy, int repeats) {
+  s.bench.params.Accuracy = accuracy;
+  Times best{1e9, 1e9, 1e9, 1e9};
+  best.total = Fastest(repeats, s, [&] {
     const kelvo::RoundMember& member = kelvo::MemberOf(width);
     const TimedPass coarse(member, kelvo::PairKind::kCoarse), fine(member, kelvo::PairKind::kFine);
-    const kelvo::Tile view(bench.params, bench.heap(), kelvo::PlainRoutines(), KELVO_VARIANT_UNDO_ROUND_MOVES);
+    const kelvo::Tile view(s.bench.params, s.bench.heap(), kelvo::BaselineRoutines(), KELVO_VARIANT_UNDO_ROUND_MOVES);
     kelvo::RunRoundFocus(view, member, coarse, fine);
-    return Times{0, Milliseconds(coarse.searching + fine.searching), NanosecondsPerPair(coarse),
-                 NanosecondsPerPair(fine)};
+    best.searching = std::min(best.searching, Milliseconds(coarse.searching + fine.searching));
+    best.per_coarse_pair = std::min(best.per_coarse_pair, NanosecondsPerPair(coarse));
+    best.per_fine_pair = std::min(best.per_fine_pair, NanosecondsPerPair(fine));
+  });
+  return best;
+}
+
+double TimePrefilter(Subject& s, int width, int repeats) {
+  const kelvo::RoundMember& member = kelvo::MemberOf(width);
+  const kelvo::Tile view(s.bench.params, s.bench.heap(), kelvo::BaselineRoutines());
+  return Fastest(repeats, s, [&] {
+    kelvo::SetUpSchedule(s.bench.params);
+    kelvo::ClearPrefilterPlanes(view);
+    kelvo::Prefilter(view, member.margin, member.extra_margin);
   });
 }
 
-double TimePrefilter(Bench& bench, const std::vector<int32_t>& tile, int width, int repeats) {
-  const kelvo::RoundMember& member = kelvo::MemberOf(width);
-  const kelvo::Tile view(bench.params, bench.heap(), kelvo::PlainRoutines());
-  return Fastest(repeats, bench, tile,
-                 [&] {
-                   kelvo::SetUpSchedule(bench.params);
-                   kelvo::ClearPrefilterPlanes(view);
-                   kelvo::Prefilter(view, member.margin, member.extra_margin);
-                   return Times{};
-                 })
-      .total;
+double TimeDefocus(Subject& s, int repeats) {
+  return Fastest(repeats, s, [&] { kelvo_defocus_tile(&s.bench.params, s.bench.heap()); });
 }
-
-double TimeDefocus(Bench& bench, const std::vector<int32_t>& tile, int repeats) {
-  return Fastest(repeats, bench, tile,
-                 [&] {
-                   kelvo_defocus_tile(&bench.params, bench.heap());
-                   return Times{};
-                 })
-      .total;
-}
-
-// A tile like a photograph blurred by the width, and a bench with the width set.
-struct Subject {
-  explicit Subject(int width) {
-    bench.Fill("soft", {width, (width + 3) / 4});
-    tile.assign(bench.heap(), bench.heap() + 65536);
-    bench.params.BlurSpec = static_cast<uint32_t>(width);
-  }
-  Bench bench;
-  std::vector<int32_t> tile;
-};
 
 void PrintTiles(int repeats) {
   std::printf("Milliseconds per tile, the least of %d runs; in brackets the share of the pair search.\n\n", repeats);
@@ -118,10 +85,9 @@ void PrintTiles(int repeats) {
   std::printf("|---|---|---|---|---|---|---|---|\n");
   for (int width = 1; width <= kelvo::kMaxWidth; ++width) {
     Subject s(width);
-    std::printf("| %d | %.2f | %.2f |", width, TimeDefocus(s.bench, s.tile, repeats),
-                TimePrefilter(s.bench, s.tile, width, repeats));
+    std::printf("| %d | %.2f | %.2f |", width, TimeDefocus(s, repeats), TimePrefilter(s, width, repeats));
     for (int accuracy = -2; accuracy <= 2; ++accuracy) {
-      const Times times = TimeFocus(s.bench, s.tile, width, accuracy, repeats);
+      const Times times = TimeFocus(s, width, accuracy, repeats);
       std::printf(" %.1f (%.0f %%) |", times.total, 100 * times.searching / times.total);
     }
     std::printf("\n");
@@ -144,7 +110,7 @@ void PrintPairs(int repeats) {
       "| width | coarse cells | ns | ns per cell | fine cells | ns | ns per cell |\n|---|---|---|---|---|---|---|\n");
   for (int width = 2; width <= kelvo::kMaxWidth; ++width) {
     Subject s(width);
-    const Times times = TimeFocus(s.bench, s.tile, width, 2, repeats);
+    const Times times = TimeFocus(s, width, 2, repeats);
     std::printf("| %d |", width);
     if (kelvo::MemberOf(width).passes == 2) {
       const double cells = MeanCells(kelvo::PairKind::kCoarse, width);
@@ -163,5 +129,6 @@ int main(int argc, char** argv) {
   const int repeats = argc > 1 ? std::max(1, std::atoi(argv[1])) : 5;
   PrintTiles(repeats);
   PrintPairs(repeats);
+  kelvo::bench::PrintMotion(repeats);
   return 0;
 }
