@@ -9,24 +9,36 @@ namespace {
 
 constexpr int kMaxThreads = 1024;
 constexpr int kDefaultDemoWidth = 5;
+constexpr int kMaxDirection = 359;  // degrees
 
 constexpr char kOverview[] =
-    "Restores the sharpness of defocused photographs.\n"
+    "Restores the sharpness of photographs that are out of focus or blurred by a straight motion.\n"
     "Reads and writes what libvips does: JPEG, PNG, TIFF, WebP and more, 8 and 16 bit, gray and RGB. Metadata, colour\n"
     "profile and transparency are carried over. Lossy formats are written with quality 95.";
 
 constexpr char kExamples[] =
     "Examples:\n"
     "  kelvo restore photo.jpg -o sharp.jpg --width 5\n"
+    "  kelvo restore photo.jpg -o sharp.jpg --width 8 --direction 30\n"
     "  kelvo blur sharp.png -o soft.png --width 5\n"
     "  kelvo demo pictures\n"
     "kelvo SUBCOMMAND --help tells more about each.";
 
+constexpr char kDirectionText[] =
+    "With --direction the blur is a motion: a point of light has become a straight line of width + 1 pixels.\n"
+    "The direction is counted in degrees, counter-clockwise from the row: at 45 the line joins a pixel with its\n"
+    "upper right neighbour, at 90 it is upright, at 135 it goes to the upper left, at 180 it lies along the row.\n"
+    "Half a turn more is the same line: 30 and 210 do the same, and 180 stands for 0. Directions are rounded to\n"
+    "multiples of 5 degrees, for widths 1 to 4 of 15 degrees.\n"
+    "\n";
+
+constexpr char kWidthText[] =
+    "The width is that of the blur: a point of light has become a disc of so many pixels across.\n";
+
 constexpr char kRestoreExamples[] =
-    "The width is that of the blur: a point of light has become a disc of so many pixels across.\n"
-    "\n"
     "Examples:\n"
     "  kelvo restore photo.jpg -o sharp.png --width 4\n"
+    "  kelvo restore photo.jpg -o sharp.png --width 8 --direction 30         a line of 9 pixels\n"
     "  kelvo restore photo.jpg -o sharp.jpg --width 6 --noise 1 --jpeg 30    noisy, strongly compressed\n"
     "  kelvo restore scan.tif -o scan.tif --force --width 3 --accuracy 2     in place, with more effort\n"
     "  kelvo restore --output=-odd-.png --width 3 -- -name-.png              names with a leading dash";
@@ -34,6 +46,7 @@ constexpr char kRestoreExamples[] =
 constexpr char kBlurExamples[] =
     "Examples:\n"
     "  kelvo blur sharp.png -o soft.png --width 5\n"
+    "  kelvo blur sharp.png -o soft.png --width 8 --direction 30\n"
     "  kelvo blur sharp.tif -o soft.tif --width 12 --threads 2";
 
 constexpr char kDemoExamples[] =
@@ -60,6 +73,13 @@ void AddWidth(CLI::App& command, Options& options, int low, int high) {
       ->check(WholeNumber(low, high));
 }
 
+void AddDirection(CLI::App& command, Options& options) {
+  command
+      .add_option("-d,--direction", options.settings.direction,
+                  "Direction of a motion blur in degrees; without it the blur is round")
+      ->check(WholeNumber(1, kMaxDirection));
+}
+
 void AddForce(CLI::App& command, Options& options) {
   command.add_flag("-f,--force", options.force, "Replace an existing output file");
   command.add_flag("-q,--quiet", options.quiet, "No progress bar, no notes");
@@ -80,10 +100,11 @@ CLI::App* AddPictureCommand(CLI::App& app, Options& options, const char* name, c
 }
 
 void AddRestore(CLI::App& app, Options& options) {
-  CLI::App* command = AddPictureCommand(app, options, "restore", "Restore a defocused picture");
+  CLI::App* command = AddPictureCommand(app, options, "restore", "Restore a blurred picture");
   RestoreSettings& settings = options.settings;
   AddWidth(*command, options, 0, kMaxWidth);
   command->get_option("--width")->required();
+  AddDirection(*command, options);
   command->add_option("--noise", settings.noise, "Noise suppression: -1 least, 3 most")
       ->check(WholeNumber(-1, 3))
       ->capture_default_str();
@@ -94,14 +115,15 @@ void AddRestore(CLI::App& app, Options& options) {
       ->check(WholeNumber(0, 80))
       ->capture_default_str();
   command->add_flag("--classic", settings.classic, "Leave the trial moves of the search in; tiles do not quite meet");
-  command->footer(kRestoreExamples);
+  command->footer(std::string(kWidthText) + kDirectionText + kRestoreExamples);
 }
 
 void AddBlur(CLI::App& app, Options& options) {
-  CLI::App* command = AddPictureCommand(app, options, "blur", "Defocus a picture");
+  CLI::App* command = AddPictureCommand(app, options, "blur", "Blur a picture");
   AddWidth(*command, options, 0, kMaxWidth);
   command->get_option("--width")->required();
-  command->footer(kBlurExamples);
+  AddDirection(*command, options);
+  command->footer(std::string(kWidthText) + kDirectionText + kBlurExamples);
 }
 
 void AddDemo(CLI::App& app, Options& options) {

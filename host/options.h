@@ -17,7 +17,7 @@ struct Options {
   Command command = Command::kRestore;
   std::string input;         // file
   std::string output;        // file; for the demo a folder
-  RestoreSettings settings;  // blurring uses width and raw_values only
+  RestoreSettings settings;  // blurring uses width, direction and raw_values only
   bool force = false;
   bool quiet = false;
   int threads = 0;  // 0: one per core
