@@ -56,6 +56,14 @@ constexpr char kDemoExamples[] =
     "  kelvo demo pictures\n"
     "  kelvo demo pictures --width 7 --force";
 
+constexpr char kMembersExamples[] =
+    "The library blurs and restores with one member of a family: a width, and for motion an angle. This prints its\n"
+    "margins, weights, operators and iterations.\n"
+    "\n"
+    "Examples:\n"
+    "  kelvo members --width 7 --direction 30\n"
+    "  kelvo members --width 12 --json";
+
 // Accepts whole numbers of a range, and says which one when it refuses.
 CLI::Validator WholeNumber(int low, int high) {
   const std::string range = std::to_string(low) + ".." + std::to_string(high);
@@ -134,6 +142,16 @@ void AddDemo(CLI::App& app, Options& options) {
   command->footer(kDemoExamples);
 }
 
+void AddMembers(CLI::App& app, Options& options) {
+  CLI::App* command = app.add_subcommand("members", "Print what the library's model of a blur is made of");
+  command->add_option("-w,--width", options.settings.width, "Width of the blur in pixels")
+      ->check(WholeNumber(1, kMaxWidth))
+      ->required();
+  AddDirection(*command, options);
+  command->add_flag("--json", options.json, "As JSON");
+  command->footer(kMembersExamples);
+}
+
 std::string VersionText() {
   return "kelvo " KELVO_PROJECT_VERSION " (library " + std::to_string(KVDLL_GetVersionNumber()) + ")";
 }
@@ -146,10 +164,12 @@ ExitStatus TellError(const std::string& reason, const std::string& command) {
 // The parser would only say that a subcommand is missing.
 std::optional<ExitStatus> CheckSubcommand(int argc, char** argv, const CLI::App& app) {
   if (argc < 2 || argv[1][0] == '-') return std::nullopt;
+  std::string names;
   for (const CLI::App* subcommand : app.get_subcommands(nullptr)) {
     if (subcommand->check_name(argv[1])) return std::nullopt;
+    names += (names.empty() ? "" : ", ") + subcommand->get_name();
   }
-  return TellError("there is no subcommand \"" + std::string(argv[1]) + "\"; use restore, blur or demo", "");
+  return TellError("there is no subcommand \"" + std::string(argv[1]) + "\"; there are " + names, "");
 }
 
 }  // namespace
@@ -162,6 +182,7 @@ std::optional<ExitStatus> ParseOptions(int argc, char** argv, Options& options) 
   AddRestore(app, options);
   AddBlur(app, options);
   AddDemo(app, options);
+  AddMembers(app, options);
   if (const auto status = CheckSubcommand(argc, argv, app)) return status;
   std::string command;
   try {
@@ -175,7 +196,10 @@ std::optional<ExitStatus> ParseOptions(int argc, char** argv, Options& options) 
     const auto parsed = app.get_subcommands();
     return TellError(error.what(), parsed.empty() ? "" : parsed.front()->get_name());
   }
-  options.command = command == "restore" ? Command::kRestore : command == "blur" ? Command::kBlur : Command::kDemo;
+  options.command = command == "restore"   ? Command::kRestore
+                    : command == "blur"    ? Command::kBlur
+                    : command == "members" ? Command::kMembers
+                                           : Command::kDemo;
   if (options.command == Command::kDemo && options.settings.width == 0) options.settings.width = kDefaultDemoWidth;
   return std::nullopt;
 }

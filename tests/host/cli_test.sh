@@ -105,6 +105,29 @@ test_direction() {
   awk "BEGIN {exit !($after < 0.75 * $before)}" || fail "the motion did not come off: $before before, $after after"
 }
 
+test_members() {
+  run 0 members --width 7 --direction 30
+  silent "members"
+  checks=$((checks + 1))
+  grep -q '^bare line: 13 cells' out && grep -q '^operator of pass 2: unit' out || fail "members in text: $(cat out)"
+  run 0 members --width 20 --direction 225 --json
+  checks=$((checks + 1))
+  python3 -c 'import json; m = json.load(open("out")); exit(m["angle"] != 45 or m["model_line"]["total"] != 298)' ||
+    fail "members in JSON: $(cat out)"
+  run 0 members --width 7
+  checks=$((checks + 1))
+  grep -q '^round blur of width 7' out || fail "a round member: $(cat out)"
+  local width
+  for width in 0 21 x; do
+    run 2 members --width $width --direction 30
+    says "\"$width\" is not a whole number in 1..20"
+  done
+  run 2 members --width 7 --direction 0
+  says '"0" is not a whole number in 1..359'
+  run 2 members --direction 30
+  says "--width is required"
+}
+
 test_metadata() {
   local suffix name
   for suffix in jpg png webp tif; do
@@ -147,7 +170,7 @@ test_usage() {
   checks=$((checks + 1))
   grep -q '^kelvo [0-9.]* (library [0-9]*)$' out || fail "--version"
   local command
-  for command in "" restore blur demo; do
+  for command in "" restore blur demo members; do
     run 0 $command --help
     checks=$((checks + 1))
     grep -q "kelvo ${command:-restore} .*" out && grep -q "^Examples:" out || fail "$command --help has no examples"
@@ -155,7 +178,7 @@ test_usage() {
   run 2
   says "subcommand"
   run 2 sharpen rgb.png
-  says '"sharpen"; use restore, blur or demo'
+  says '"sharpen"; there are restore, blur, demo'
   run 2 restore rgb.png --width 3
   says "--output is required"
   run 2 restore rgb.png -o a.png
@@ -325,6 +348,7 @@ test_demo() {
 bash "$make_pictures" || exit 1
 test_good_runs
 test_direction
+test_members
 test_metadata
 test_colour
 test_usage
