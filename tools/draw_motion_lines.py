@@ -23,8 +23,8 @@ HEAD = 24  # height of the row of angles
 
 
 def lines_of(program, width, angle):
-    member = json.loads(subprocess.run([program, "members", "--width", str(width), "--direction", str(angle or 180), "--json"],
-                                       check=True, capture_output=True).stdout)
+    command = [program, "members", "--width", str(width), "--direction", str(angle or 180), "--json"]
+    member = json.loads(subprocess.run(command, check=True, capture_output=True).stdout)
     return [member[name]["cells"] for name in ("bare_line", "model_line")]
 
 
@@ -50,7 +50,8 @@ def main():
     rows = [[lines_of(arguments.program, width, angle) for angle in ANGLES] for width in WIDTHS]
     flat = [cells for row in rows for pair in row for cells in pair]
     column_size = (2 * max(reach(cells, "column") for cells in flat) + 1 + 2 * GAP) * PIXEL
-    heights = [[(2 * max(reach(pair[kind], "up") for pair in row) + 1 + GAP) * PIXEL for kind in (0, 1)] for row in rows]
+    heights = [[(2 * max(reach(pair[kind], "up") for pair in row) + 1 + GAP) * PIXEL for kind in (0, 1)]
+               for row in rows]
     size = (LABEL + column_size * len(ANGLES), HEAD + sum(map(sum, heights)) + 3 * GAP * PIXEL * len(rows))
     picture = Image.new("L", size, 255)
     canvas = ImageDraw.Draw(picture)
