@@ -6,8 +6,11 @@ difference to the sharp photograph in grey levels. Seams: the photograph is rest
 pixels further down and right, so that the tiles lie elsewhere; the two results are compared where both have whole tiles
 with true surroundings.
 
-Two tables: "detail" compares the program's own variant 3 with 0 (--classic) on clean photographs; "gains" gives the mean
-gain in PSNR of variant 3 by noise of the photograph (sigma) and --noise (RemoveNoise), for every accuracy.
+Three tables: "detail" compares the program's own variant 3 with 0 (--classic) on clean photographs; "gains" gives the
+mean gain in PSNR of variant 3 by noise of the photograph (sigma) and --noise (RemoveNoise), for every accuracy; "motion"
+gives the gains in PSNR for motion blur by width and direction, once with the library's own model of the line and once,
+at one accuracy, with a true line: a strip of width + 1 by 1 pixels, whose pixels weigh what it covers of them, applied in
+linear light. Directions given to the other two tables make theirs of motion blur as well.
 """
 
 import argparse
@@ -16,9 +19,11 @@ import os
 import subprocess
 import tempfile
 from concurrent.futures import ThreadPoolExecutor
+from typing import NamedTuple
 
 import numpy
 import skimage
+from scipy import ndimage
 from skimage import color, io, util
 from skimage.metrics import peak_signal_noise_ratio, structural_similarity
 
@@ -27,6 +32,20 @@ BORDER = 32
 SIGMAS = [0, 2]
 NOISE_LEVELS = [0, 1]
 VARIANTS = {"3": [], "0": ["--classic"]}
+TONE_EXPONENT = 1.8  # of the library's curve to linear light
+TRUE_LINE_ACCURACY = 1
+OVERSAMPLING = 16
+
+
+class Blur(NamedTuple):
+    width: int
+    direction: int  # degrees; 0: round
+
+    def __str__(self):
+        return f"{self.width}" if self.direction == 0 else f"{self.width} at {self.direction}"
+
+    def options(self):
+        return ["--width", str(self.width)] + (["--direction", str(self.direction)] if self.direction else [])
 
 
 def gray_square(path, side):
@@ -73,63 +92,125 @@ def with_noise(image, sigma):
     return numpy.clip(numpy.rint(image + noise), 0, 255).astype(numpy.uint8)
 
 
-def measure_detail(kelvo, sharp, name, width, accuracies):
-    """Rows of (width, accuracy, variant, measures blurred, measures restored, seams) of one photograph."""
-    blurred = kelvo.run("blur", sharp, name, "--width", str(width))
+def true_line(blur):
+    """What every pixel of a square weighs."""
+    reach = blur.width // 2 + 2
+    fine = (numpy.arange((2 * reach + 1) * OVERSAMPLING) + 0.5) / OVERSAMPLING - reach - 0.5
+    right, up = fine[None, :], -fine[:, None]
+    angle = numpy.deg2rad(blur.direction)
+    along, across = right * numpy.cos(angle) + up * numpy.sin(angle), up * numpy.cos(angle) - right * numpy.sin(angle)
+    inside = (abs(along) < (blur.width + 1) / 2) & (abs(across) < 0.5)
+    weights = inside.reshape(2 * reach + 1, OVERSAMPLING, 2 * reach + 1, OVERSAMPLING).sum(axis=(1, 3))
+    return weights / weights.sum()
+
+
+def blur_truly(sharp, blur):
+    linear = (sharp / 255.0) ** TONE_EXPONENT
+    blurred = ndimage.convolve(linear, true_line(blur), mode="reflect")
+    return numpy.rint(255 * numpy.clip(blurred, 0, 1) ** (1 / TONE_EXPONENT)).astype(numpy.uint8)
+
+
+def measure_detail(kelvo, sharp, name, blur, accuracies):
+    """Rows of (name, blur, accuracy, variant, measures blurred, measures restored, seams) of one photograph."""
+    blurred = kelvo.run("blur", sharp, name, *blur.options())
     before = quality(sharp, blurred)
     rows = []
     for accuracy in accuracies:
         for variant, extra in VARIANTS.items():
-            options = ["--width", str(width), "--accuracy", str(accuracy), *extra]
+            options = [*blur.options(), "--accuracy", str(accuracy), *extra]
             restored = kelvo.run("restore", blurred, name, *options)
-            rows.append((name, width, accuracy, variant, before, quality(sharp, restored),
+            rows.append((name, blur, accuracy, variant, before, quality(sharp, restored),
                          seam(kelvo, blurred, restored, name, options)))
     return rows
 
 
-def print_detail(rows, widths, accuracies):
+def photo_of(row):
+    return row[0].split("-")[0]
+
+
+def print_detail(rows, blurs, accuracies):
     print("| width | accuracy | variant | PSNR blurred | restored | gain: mean | least | SSIM blurred | restored "
           "| brightness blurred | restored | seam: mean | largest |")
     print("|" + "---|" * 13)
-    for width, accuracy, variant in itertools.product(widths, accuracies, VARIANTS):
-        chosen = [r for r in rows if r[1:4] == (width, accuracy, variant)]
+    for blur, accuracy, variant in itertools.product(blurs, accuracies, VARIANTS):
+        chosen = [r for r in rows if r[1:4] == (blur, accuracy, variant)]
         before, after, seams = (numpy.array([r[i] for r in chosen]) for i in (4, 5, 6))
         gain = after[:, 0] - before[:, 0]
-        least = chosen[int(gain.argmin())][0].split("-")[0]
-        print(f"| {width} | {accuracy} | {variant} | {before[:, 0].mean():.2f} | {after[:, 0].mean():.2f} "
+        least = photo_of(chosen[int(gain.argmin())])
+        print(f"| {blur} | {accuracy} | {variant} | {before[:, 0].mean():.2f} | {after[:, 0].mean():.2f} "
               f"| {gain.mean():+.2f} | {gain.min():+.2f} ({least}) | {before[:, 1].mean():.4f} | {after[:, 1].mean():.4f} "
               f"| {before[:, 2].mean():+.2f} | {after[:, 2].mean():+.2f} "
               f"| {numpy.nanmean(seams[:, 0]):.2f} | {numpy.nanmax(seams[:, 1]):.0f} |")
 
 
-def measure_gains(kelvo, sharp, name, width, accuracies):
-    """Rows of (name, width, sigma, remove_noise, accuracy, PSNR blurred, PSNR restored) of one photograph."""
-    blurred = kelvo.run("blur", sharp, name, "--width", str(width))
+def measure_gains(kelvo, sharp, name, blur, accuracies):
+    """Rows of (name, blur, sigma, remove_noise, accuracy, PSNR blurred, PSNR restored) of one photograph."""
+    blurred = kelvo.run("blur", sharp, name, *blur.options())
     rows = []
     for sigma in SIGMAS:
         observed = with_noise(blurred, sigma) if sigma else blurred
         before = quality(sharp, observed)[0]
         for remove_noise, accuracy in itertools.product(NOISE_LEVELS, accuracies):
-            restored = kelvo.run("restore", observed, name, "--width", str(width), "--accuracy", str(accuracy),
+            restored = kelvo.run("restore", observed, name, *blur.options(), "--accuracy", str(accuracy),
                                  "--noise", str(remove_noise))
-            rows.append((name, width, sigma, remove_noise, accuracy, before, quality(sharp, restored)[0]))
+            rows.append((name, blur, sigma, remove_noise, accuracy, before, quality(sharp, restored)[0]))
     return rows
 
 
-def print_gains(rows, widths, accuracies):
+def print_gains(rows, blurs, accuracies):
     columns = " | ".join(f"gain at {accuracy}" for accuracy in accuracies)
     print(f"| width | sigma | --noise | PSNR before | {columns} | least gain |")
     print("|" + "---|" * (5 + len(accuracies)))
-    for width, sigma, level in itertools.product(widths, SIGMAS, NOISE_LEVELS):
-        chosen = [r for r in rows if r[1:4] == (width, sigma, level)]
+    for blur, sigma, level in itertools.product(blurs, SIGMAS, NOISE_LEVELS):
+        chosen = [r for r in rows if r[1:4] == (blur, sigma, level)]
         gains = [numpy.mean([r[6] - r[5] for r in chosen if r[4] == accuracy]) for accuracy in accuracies]
         worst = min(chosen, key=lambda r: r[6] - r[5])
-        print(f"| {width} | {sigma} | {level} | {numpy.mean([r[5] for r in chosen]):.2f} | "
+        print(f"| {blur} | {sigma} | {level} | {numpy.mean([r[5] for r in chosen]):.2f} | "
               + " | ".join(f"{gain:+.2f}" for gain in gains)
-              + f" | {worst[6] - worst[5]:+.2f} ({worst[0].split('-')[0]}, {worst[4]}) |")
+              + f" | {worst[6] - worst[5]:+.2f} ({photo_of(worst)}, {worst[4]}) |")
 
 
-TABLES = {"detail": (measure_detail, print_detail, [0, 1, 2]), "gains": (measure_gains, print_gains, [-2, -1, 0, 1, 2])}
+def measure_motion(kelvo, sharp, name, blur, accuracies):
+    """Rows of (name, blur, how it was blurred, accuracy, PSNR blurred, PSNR restored) of one photograph."""
+    rows = []
+    for kind, blurred, efforts in (("model", kelvo.run("blur", sharp, name, *blur.options()), accuracies),
+                                   ("true", blur_truly(sharp, blur), [TRUE_LINE_ACCURACY])):
+        before = quality(sharp, blurred)[0]
+        for accuracy in efforts:
+            restored = kelvo.run("restore", blurred, name, *blur.options(), "--accuracy", str(accuracy))
+            rows.append((name, blur, kind, accuracy, before, quality(sharp, restored)[0]))
+    return rows
+
+
+def print_motion(rows, blurs, accuracies):
+    columns = " | ".join(f"gain at {accuracy}" for accuracy in accuracies)
+    print(f"| width | direction | PSNR blurred | {columns} | least gain "
+          f"| true line: PSNR blurred | gain at {TRUE_LINE_ACCURACY} | least gain |")
+    print("|" + "---|" * (7 + len(accuracies)))
+    gain = lambda row: row[5] - row[4]
+    for blur in blurs:
+        model, true = ([r for r in rows if r[1:3] == (blur, kind)] for kind in ("model", "true"))
+        gains = [numpy.mean([gain(r) for r in model if r[3] == accuracy]) for accuracy in accuracies]
+        worst, worst_true = min(model, key=gain), min(true, key=gain)
+        print(f"| {blur.width} | {blur.direction} | {numpy.mean([r[4] for r in model]):.2f} | "
+              + " | ".join(f"{g:+.2f}" for g in gains)
+              + f" | {gain(worst):+.2f} ({photo_of(worst)}, {worst[3]}) | {numpy.mean([r[4] for r in true]):.2f} "
+              f"| {numpy.mean([gain(r) for r in true]):+.2f} | {gain(worst_true):+.2f} ({photo_of(worst_true)}) |")
+
+
+class Table(NamedTuple):
+    measure: object
+    show: object
+    accuracies: list
+    widths: list
+    directions: list
+
+
+ALL_WIDTHS = list(range(1, 21))
+TABLES = {"detail": Table(measure_detail, print_detail, [0, 1, 2], ALL_WIDTHS, [0]),
+          "gains": Table(measure_gains, print_gains, [-2, -1, 0, 1, 2], ALL_WIDTHS, [0]),
+          "motion": Table(measure_motion, print_motion, [0, 1, 2], [3, 5, 8, 12, 16, 20],
+                          [180, 15, 30, 45, 70, 110, 160])}
 
 
 def main():
@@ -139,23 +220,27 @@ def main():
     parser.add_argument("--photos", default=os.path.join(os.path.dirname(skimage.__file__), "data"), metavar="FOLDER")
     parser.add_argument("--names", nargs="+", default=PHOTOS)
     parser.add_argument("--side", type=int, default=384, help="pixels of the square that is cut out")
-    parser.add_argument("--widths", nargs="+", type=int, default=list(range(1, 21)))
+    parser.add_argument("--widths", nargs="+", type=int)
+    parser.add_argument("--directions", nargs="+", type=int, help="of motion blur, degrees; 0 is round blur")
     parser.add_argument("--accuracies", nargs="+", type=int)
+    parser.add_argument("--jobs", type=int, default=os.cpu_count())
     arguments = parser.parse_args()
-    measure, print_table, accuracies = TABLES[arguments.table]
-    accuracies = arguments.accuracies or accuracies
+    table = TABLES[arguments.table]
+    accuracies = arguments.accuracies or table.accuracies
+    blurs = [Blur(*pair) for pair in itertools.product(arguments.widths or table.widths,
+                                                       arguments.directions or table.directions)]
 
-    with tempfile.TemporaryDirectory() as folder, ThreadPoolExecutor(os.cpu_count()) as pool:
+    with tempfile.TemporaryDirectory() as folder, ThreadPoolExecutor(arguments.jobs) as pool:
         kelvo = Kelvo(arguments.program, folder)
         jobs = []
         for photo in arguments.names:
             sharp = gray_square(os.path.join(arguments.photos, photo), arguments.side)
-            for width in arguments.widths:
-                name = f"{os.path.splitext(photo)[0]}-{width}"
-                jobs.append(pool.submit(measure, kelvo, sharp, name, width, accuracies))
+            for blur in blurs:
+                name = f"{os.path.splitext(photo)[0]}-{blur.width}-{blur.direction}"
+                jobs.append(pool.submit(table.measure, kelvo, sharp, name, blur, accuracies))
         rows = [row for job in jobs for row in job.result()]
     print(f"Photographs: {', '.join(arguments.names)}; gray, {arguments.side} x {arguments.side} or less.\n")
-    print_table(rows, arguments.widths, accuracies)
+    table.show(rows, blurs, accuracies)
 
 
 main()

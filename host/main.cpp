@@ -6,6 +6,7 @@
 #include "demo.h"
 #include "errors.h"
 #include "interrupt.h"
+#include "members.h"
 #include "options.h"
 #include "restore_job.h"
 #include "vips_setup.h"
@@ -15,6 +16,10 @@ namespace {
 
 ExitStatus Run(const char* program, const Options& options) {
   try {
+    if (options.command == Command::kMembers) {
+      PrintMember(options.settings.width, options.settings.direction, options.json);
+      return kSuccess;
+    }
     const VipsSession session(program, options.threads);
     if (options.command == Command::kDemo) {
       RunDemo(options);

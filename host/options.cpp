@@ -9,24 +9,36 @@ namespace {
 
 constexpr int kMaxThreads = 1024;
 constexpr int kDefaultDemoWidth = 5;
+constexpr int kMaxDirection = 359;  // degrees
 
 constexpr char kOverview[] =
-    "Restores the sharpness of defocused photographs.\n"
+    "Restores the sharpness of photographs that are out of focus or blurred by a straight motion.\n"
     "Reads and writes what libvips does: JPEG, PNG, TIFF, WebP and more, 8 and 16 bit, gray and RGB. Metadata, colour\n"
     "profile and transparency are carried over. Lossy formats are written with quality 95.";
 
 constexpr char kExamples[] =
     "Examples:\n"
     "  kelvo restore photo.jpg -o sharp.jpg --width 5\n"
+    "  kelvo restore photo.jpg -o sharp.jpg --width 8 --direction 30\n"
     "  kelvo blur sharp.png -o soft.png --width 5\n"
     "  kelvo demo pictures\n"
     "kelvo SUBCOMMAND --help tells more about each.";
 
+constexpr char kDirectionText[] =
+    "With --direction the blur is a motion: a point of light has become a straight line of width + 1 pixels.\n"
+    "The direction is counted in degrees, counter-clockwise from the row: at 45 the line joins a pixel with its\n"
+    "upper right neighbour, at 90 it is upright, at 135 it goes to the upper left, at 180 it lies along the row.\n"
+    "Half a turn more is the same line: 30 and 210 do the same, and 180 stands for 0. Directions are rounded to\n"
+    "multiples of 5 degrees, for widths 1 to 4 of 15 degrees.\n"
+    "\n";
+
+constexpr char kWidthText[] =
+    "The width is that of the blur: a point of light has become a disc of so many pixels across.\n";
+
 constexpr char kRestoreExamples[] =
-    "The width is that of the blur: a point of light has become a disc of so many pixels across.\n"
-    "\n"
     "Examples:\n"
     "  kelvo restore photo.jpg -o sharp.png --width 4\n"
+    "  kelvo restore photo.jpg -o sharp.png --width 8 --direction 30         a line of 9 pixels\n"
     "  kelvo restore photo.jpg -o sharp.jpg --width 6 --noise 1 --jpeg 30    noisy, strongly compressed\n"
     "  kelvo restore scan.tif -o scan.tif --force --width 3 --accuracy 2     in place, with more effort\n"
     "  kelvo restore --output=-odd-.png --width 3 -- -name-.png              names with a leading dash";
@@ -34,6 +46,7 @@ constexpr char kRestoreExamples[] =
 constexpr char kBlurExamples[] =
     "Examples:\n"
     "  kelvo blur sharp.png -o soft.png --width 5\n"
+    "  kelvo blur sharp.png -o soft.png --width 8 --direction 30\n"
     "  kelvo blur sharp.tif -o soft.tif --width 12 --threads 2";
 
 constexpr char kDemoExamples[] =
@@ -42,6 +55,14 @@ constexpr char kDemoExamples[] =
     "Examples:\n"
     "  kelvo demo pictures\n"
     "  kelvo demo pictures --width 7 --force";
+
+constexpr char kMembersExamples[] =
+    "The library blurs and restores with one member of a family: a width, and for motion an angle. This prints its\n"
+    "margins, weights, operators and iterations.\n"
+    "\n"
+    "Examples:\n"
+    "  kelvo members --width 7 --direction 30\n"
+    "  kelvo members --width 12 --json";
 
 // Accepts whole numbers of a range, and says which one when it refuses.
 CLI::Validator WholeNumber(int low, int high) {
@@ -58,6 +79,13 @@ CLI::Validator WholeNumber(int low, int high) {
 void AddWidth(CLI::App& command, Options& options, int low, int high) {
   command.add_option("-w,--width", options.settings.width, "Width of the blur in pixels; 0 changes nothing")
       ->check(WholeNumber(low, high));
+}
+
+void AddDirection(CLI::App& command, Options& options) {
+  command
+      .add_option("-d,--direction", options.settings.direction,
+                  "Direction of a motion blur in degrees; without it the blur is round")
+      ->check(WholeNumber(1, kMaxDirection));
 }
 
 void AddForce(CLI::App& command, Options& options) {
@@ -80,10 +108,11 @@ CLI::App* AddPictureCommand(CLI::App& app, Options& options, const char* name, c
 }
 
 void AddRestore(CLI::App& app, Options& options) {
-  CLI::App* command = AddPictureCommand(app, options, "restore", "Restore a defocused picture");
+  CLI::App* command = AddPictureCommand(app, options, "restore", "Restore a blurred picture");
   RestoreSettings& settings = options.settings;
   AddWidth(*command, options, 0, kMaxWidth);
   command->get_option("--width")->required();
+  AddDirection(*command, options);
   command->add_option("--noise", settings.noise, "Noise suppression: -1 least, 3 most")
       ->check(WholeNumber(-1, 3))
       ->capture_default_str();
@@ -94,14 +123,15 @@ void AddRestore(CLI::App& app, Options& options) {
       ->check(WholeNumber(0, 80))
       ->capture_default_str();
   command->add_flag("--classic", settings.classic, "Leave the trial moves of the search in; tiles do not quite meet");
-  command->footer(kRestoreExamples);
+  command->footer(std::string(kWidthText) + kDirectionText + kRestoreExamples);
 }
 
 void AddBlur(CLI::App& app, Options& options) {
-  CLI::App* command = AddPictureCommand(app, options, "blur", "Defocus a picture");
+  CLI::App* command = AddPictureCommand(app, options, "blur", "Blur a picture");
   AddWidth(*command, options, 0, kMaxWidth);
   command->get_option("--width")->required();
-  command->footer(kBlurExamples);
+  AddDirection(*command, options);
+  command->footer(std::string(kWidthText) + kDirectionText + kBlurExamples);
 }
 
 void AddDemo(CLI::App& app, Options& options) {
@@ -110,6 +140,16 @@ void AddDemo(CLI::App& app, Options& options) {
   AddWidth(*command, options, 1, kMaxWidth);
   AddForce(*command, options);
   command->footer(kDemoExamples);
+}
+
+void AddMembers(CLI::App& app, Options& options) {
+  CLI::App* command = app.add_subcommand("members", "Print what the library's model of a blur is made of");
+  command->add_option("-w,--width", options.settings.width, "Width of the blur in pixels")
+      ->check(WholeNumber(1, kMaxWidth))
+      ->required();
+  AddDirection(*command, options);
+  command->add_flag("--json", options.json, "As JSON");
+  command->footer(kMembersExamples);
 }
 
 std::string VersionText() {
@@ -124,10 +164,12 @@ ExitStatus TellError(const std::string& reason, const std::string& command) {
 // The parser would only say that a subcommand is missing.
 std::optional<ExitStatus> CheckSubcommand(int argc, char** argv, const CLI::App& app) {
   if (argc < 2 || argv[1][0] == '-') return std::nullopt;
+  std::string names;
   for (const CLI::App* subcommand : app.get_subcommands(nullptr)) {
     if (subcommand->check_name(argv[1])) return std::nullopt;
+    names += (names.empty() ? "" : ", ") + subcommand->get_name();
   }
-  return TellError("there is no subcommand \"" + std::string(argv[1]) + "\"; use restore, blur or demo", "");
+  return TellError("there is no subcommand \"" + std::string(argv[1]) + "\"; there are " + names, "");
 }
 
 }  // namespace
@@ -140,6 +182,7 @@ std::optional<ExitStatus> ParseOptions(int argc, char** argv, Options& options) 
   AddRestore(app, options);
   AddBlur(app, options);
   AddDemo(app, options);
+  AddMembers(app, options);
   if (const auto status = CheckSubcommand(argc, argv, app)) return status;
   std::string command;
   try {
@@ -153,7 +196,10 @@ std::optional<ExitStatus> ParseOptions(int argc, char** argv, Options& options) 
     const auto parsed = app.get_subcommands();
     return TellError(error.what(), parsed.empty() ? "" : parsed.front()->get_name());
   }
-  options.command = command == "restore" ? Command::kRestore : command == "blur" ? Command::kBlur : Command::kDemo;
+  options.command = command == "restore"   ? Command::kRestore
+                    : command == "blur"    ? Command::kBlur
+                    : command == "members" ? Command::kMembers
+                                           : Command::kDemo;
   if (options.command == Command::kDemo && options.settings.width == 0) options.settings.width = kDefaultDemoWidth;
   return std::nullopt;
 }

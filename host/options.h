@@ -11,16 +11,17 @@ namespace kelvo::host {
 
 enum ExitStatus { kSuccess = 0, kFailure = 1, kWrongUsage = 2 };
 
-enum class Command { kRestore, kBlur, kDemo };
+enum class Command { kRestore, kBlur, kDemo, kMembers };
 
 struct Options {
   Command command = Command::kRestore;
   std::string input;         // file
   std::string output;        // file; for the demo a folder
-  RestoreSettings settings;  // blurring uses width and raw_values only
+  RestoreSettings settings;  // blurring uses width, direction and raw_values only
   bool force = false;
   bool quiet = false;
   int threads = 0;  // 0: one per core
+  bool json = false;
 };
 
 // Fills `options`. Returns the exit status if the program is to end here: help or version has been printed, or the

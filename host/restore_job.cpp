@@ -34,8 +34,9 @@ ColourPicture LoadColourPicture(const Options& options, bool show_progress, std:
 vips::VImage Processed(const ColourPicture& picture, const Options& options) {
   const RestoreSettings& settings = options.settings;
   if (settings.width == 0) return picture.image;
-  const TileTask task =
-      options.command == Command::kBlur ? BlurTask(settings.width, settings.raw_values) : RestoreTask(settings);
+  const TileTask task = options.command == Command::kBlur
+                            ? BlurTask(settings.width, settings.raw_values, settings.direction)
+                            : RestoreTask(settings);
   return ProcessTiles(picture.image, picture.colour_bands, task);
 }
 

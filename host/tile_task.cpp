@@ -1,5 +1,7 @@
 #include "tile_task.h"
 
+#include "api/orientation.h"
+#include "motion/line.h"
 #include "round/family.h"
 #include "round/shortcut.h"
 #include "stages/stencil.h"
@@ -11,23 +13,38 @@ namespace {
 
 constexpr int kToneCurve = 2;  // of every call
 
-TileParams BlockOf(int width) {
+TileParams BlockOf(int width, int direction) {
   TileParams params{};
   params.StructureSize = sizeof(TileParams);
-  params.BlurSpec = static_cast<uint32_t>(width);
+  params.BlurSpec = static_cast<uint32_t>(width) | static_cast<uint32_t>(direction) << 8;
   return params;
 }
 
+const Stencil& BlurOf(int width, int direction) {
+  if (direction == 0) return DiscBlur(width);
+  return BareLine(MotionMemberOf(width, BucketOf(FoldDirection(direction).degrees)));
+}
+
 // The weights of a blur add up to a little less than one, which shows where a linear value lies on a step of the curve.
-int32_t BlurredFlatGround(int width, int32_t staged) {
-  const int32_t linear = kForwardTone[kToneCurve][(staged >> 7) & 255];
-  return kInverseTone[kToneCurve][EvaluateFlat(DiscBlur(width), linear) >> 12];
+FlatGround BlurredFlatGround(int width, int direction) {
+  return [width, direction](const TileParams&, int32_t staged) {
+    const int32_t linear = kForwardTone[kToneCurve][(staged >> 7) & 255];
+    return kInverseTone[kToneCurve][EvaluateFlat(BlurOf(width, direction), linear) >> 12];
+  };
+}
+
+// Restoring from motion always iterates, and finds nothing to move on flat ground.
+FlatGround RestoredFlatGround(int width, int direction) {
+  if (direction != 0) return [](const TileParams&, int32_t staged) { return RoundTrip(staged); };
+  return [&member = MemberOf(width)](const TileParams& done, int32_t staged) {
+    return FlatResponse(member, done.ShortcutMode, staged);
+  };
 }
 
 }  // namespace
 
 TileTask RestoreTask(const RestoreSettings& settings) {
-  TileParams params = BlockOf(settings.width);
+  TileParams params = BlockOf(settings.width, settings.direction);
   params.RemoveNoise = settings.noise;
   params.Accuracy = settings.accuracy;
   params.JPGCompression = settings.jpeg;
@@ -35,16 +52,12 @@ TileTask RestoreTask(const RestoreSettings& settings) {
   const auto call = [variant](TileParams& block, int32_t* heap) {
     return kelvo_focus_tile_with(&block, heap, variant);
   };
-  const auto flat_ground = [&member = MemberOf(settings.width)](const TileParams& done, int32_t staged) {
-    return FlatResponse(member, done.ShortcutMode, staged);
-  };
-  return {params, call, flat_ground, settings.raw_values};
+  return {params, call, RestoredFlatGround(settings.width, settings.direction), settings.raw_values};
 }
 
-TileTask BlurTask(int width, bool raw_values) {
+TileTask BlurTask(int width, bool raw_values, int direction) {
   const auto call = [](TileParams& block, int32_t* heap) { return kelvo_defocus_tile(&block, heap); };
-  const auto flat_ground = [width](const TileParams&, int32_t staged) { return BlurredFlatGround(width, staged); };
-  return {BlockOf(width), call, flat_ground, raw_values};
+  return {BlockOf(width, direction), call, BlurredFlatGround(width, direction), raw_values};
 }
 
 }  // namespace kelvo::host

@@ -25,6 +25,7 @@ struct TileTask {
 
 struct RestoreSettings {
   int width = 0;         // pixels, 1..kMaxWidth
+  int direction = 0;     // of motion blur, degrees 1..359 counter-clockwise from the row; 0: round blur
   int noise = 0;         // -1..3
   int accuracy = 0;      // -2..2
   int jpeg = 0;          // 0..80
@@ -34,8 +35,8 @@ struct RestoreSettings {
 
 TileTask RestoreTask(const RestoreSettings& settings);
 
-// Defocus of the given width in pixels, 1..kMaxWidth.
-TileTask BlurTask(int width, bool raw_values);
+// Defocus of the given width in pixels, 1..kMaxWidth; with a direction 1..359 motion blur, a line of width + 1 pixels.
+TileTask BlurTask(int width, bool raw_values, int direction = 0);
 
 }  // namespace kelvo::host
 

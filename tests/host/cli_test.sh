@@ -48,6 +48,9 @@ has() {
 largest_difference() {
   vips subtract "$1" "$2" difference.v && vips abs difference.v absolute.v && vips max absolute.v
 }
+mean_difference() {
+  vips subtract "$1" "$2" difference.v && vips abs difference.v absolute.v && vips avg absolute.v
+}
 same_pixels() {
   checks=$((checks + 1))
   [ "$(largest_difference "$1" "$2")" = 0.000000 ] || fail "$1 and $2 differ"
@@ -74,6 +77,55 @@ test_good_runs() {
   has deep-out.png interpretation "$(field interpretation deep.png)"
   run 0 restore deep.tif -o deep-out.tif --width 3
   same_pixels deep-out.png deep-out.tif
+}
+
+# Directions tell lines apart, half a turn makes none, and the blur comes off.
+test_direction() {
+  run 0 blur rgb.png -o line30.png --width 6 --direction 30
+  silent "a motion blur"
+  run 0 blur rgb.png -o line210.png --width 6 -d 210
+  same_pixels line30.png line210.png
+  run 0 blur rgb.png -o line120.png --width 6 --direction 120
+  differ line30.png line120.png
+  run 0 blur rgb.png -o line0.png --width 0 --direction 120
+  same_pixels rgb.png line0.png
+  # A bright dot becomes a line of seven pixels, five along the diagonal, to the upper right at 45 degrees.
+  vips black dot.v 31 31
+  vips draw_rect dot.v 255 15 15 1 1
+  run 0 blur dot.v -o dot45.v --width 6 --direction 45
+  local pixel
+  for pixel in "17 13 104" "13 17 104" "13 13 0" "18 12 0" "15 13 0"; do
+    checks=$((checks + 1))
+    [ "$(vips getpoint dot45.v ${pixel% *} | tr -d ' ')" = "${pixel##* }" ] || fail "dot at 45 degrees: $pixel"
+  done
+  run 0 restore line30.png -o line30-out.png --width 6 --direction 30 --accuracy 1
+  checks=$((checks + 1))
+  local before after
+  before=$(mean_difference rgb.png line30.png) after=$(mean_difference rgb.png line30-out.png)
+  awk "BEGIN {exit !($after < 0.75 * $before)}" || fail "the motion did not come off: $before before, $after after"
+}
+
+test_members() {
+  run 0 members --width 7 --direction 30
+  silent "members"
+  checks=$((checks + 1))
+  grep -q '^bare line: 13 cells' out && grep -q '^operator of pass 2: unit' out || fail "members in text: $(cat out)"
+  run 0 members --width 20 --direction 225 --json
+  checks=$((checks + 1))
+  python3 -c 'import json; m = json.load(open("out")); exit(m["angle"] != 45 or m["model_line"]["total"] != 298)' ||
+    fail "members in JSON: $(cat out)"
+  run 0 members --width 7
+  checks=$((checks + 1))
+  grep -q '^round blur of width 7' out || fail "a round member: $(cat out)"
+  local width
+  for width in 0 21 x; do
+    run 2 members --width $width --direction 30
+    says "\"$width\" is not a whole number in 1..20"
+  done
+  run 2 members --width 7 --direction 0
+  says '"0" is not a whole number in 1..359'
+  run 2 members --direction 30
+  says "--width is required"
 }
 
 test_metadata() {
@@ -118,7 +170,7 @@ test_usage() {
   checks=$((checks + 1))
   grep -q '^kelvo [0-9.]* (library [0-9]*)$' out || fail "--version"
   local command
-  for command in "" restore blur demo; do
+  for command in "" restore blur demo members; do
     run 0 $command --help
     checks=$((checks + 1))
     grep -q "kelvo ${command:-restore} .*" out && grep -q "^Examples:" out || fail "$command --help has no examples"
@@ -126,7 +178,7 @@ test_usage() {
   run 2
   says "subcommand"
   run 2 sharpen rgb.png
-  says '"sharpen"; use restore, blur or demo'
+  says '"sharpen"; there are restore, blur, demo'
   run 2 restore rgb.png --width 3
   says "--output is required"
   run 2 restore rgb.png -o a.png
@@ -143,6 +195,15 @@ test_usage() {
   says "-2..2"
   run 2 restore rgb.png -o a.png --width 3 --jpeg 81
   says "0..80"
+  local direction
+  for direction in 0 360 -5 30.5 north; do
+    for command in restore blur; do
+      run 2 $command rgb.png -o a.png --width 3 --direction $direction
+      says "\"$direction\" is not a whole number in 1..359"
+    done
+  done
+  run 2 restore rgb.png -o a.png --direction 30
+  says "--width is required"
   run 2 restore rgb.png -o a.png --width 3 --threads 0
   says "1..1024"
   checks=$((checks + 1))
@@ -286,6 +347,8 @@ test_demo() {
 
 bash "$make_pictures" || exit 1
 test_good_runs
+test_direction
+test_members
 test_metadata
 test_colour
 test_usage

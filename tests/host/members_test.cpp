@@ -1,0 +1,132 @@
+#include "members.h"
+
+#include <doctest/doctest.h>
+
+#include <cstdint>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "members_text.h"
+
+namespace kelvo::host {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+struct Line {
+  size_t cells;
+  int total, shift;
+  uint32_t normaliser;  // 0: none
+};
+struct Kernel {
+  const char* name;
+  size_t cells;
+  int largest;
+};
+struct Row {
+  int width, angle;
+  Line bare, model;
+  std::vector<Kernel> kernels;  // coarse, fine
+};
+
+void CheckLine(const Json& line, const Line& expected) {
+  CHECK(line["cells"].size() == expected.cells);
+  CHECK(line["total"] == expected.total);
+  CHECK(line["shift"] == expected.shift);
+  CHECK(line["normaliser"] == (expected.normaliser == 0 ? Json() : Json(expected.normaliser)));
+  int total = 0;
+  for (const Json& cell : line["cells"]) total += cell["weight"].get<int>();
+  CHECK(total == expected.total);
+}
+
+TEST_CASE("lines and kernels of motion members have their control numbers") {
+  const Line five = {11, 46, 4, 1493901668};
+  const Row rows[] = {
+      {2, 15, {5, 24, 3, 1431655765}, {5, 24, 3, 1431655765}, {{"unit", 8, 16380}}},
+      {3, 30, {7, 28, 3, 1227133513}, {7, 28, 3, 1227133513}, {{"unit", 13, 9722}}},
+      {4, 15, {9, 38, 4, 1808407282}, {9, 38, 4, 1808407282}, {{"span", 18, 7573}, {"unit", 14, 6896}}},
+      {5, 20, five, five, {{"span", 22, 6472}, {"unit", 17, 5828}}},
+      {9, 25, {17, 72, 5, 1908874353}, {17, 72, 5, 1908874353}, {{"pair", 20, 6548}, {"span", 24, 3823}}},
+      {11, 0, {13, 96, 5, 1431655765}, {45, 200, 6, 1374389534}, {{"pair", 36, 3276}, {"span", 24, 1965}}},
+      {12, 25, {25, 94, 5, 1462116526}, {51, 192, 6, 1431655765}, {{"tent", 50, 4536}, {"pair", 40, 3172}}},
+      {15, 0, {17, 128, 7, 0}, {95, 302, 7, 1820383489}, {}},
+      {18, 40, {27, 116, 5, 1184818564}, {115, 298, 7, 1844818167}, {{"tent", 92, 2738}, {"pair", 74, 2060}}},
+      {20, 0, {21, 168, 6, 1636178017}, {115, 394, 7, 1395319324}, {{"tent", 48, 2660}, {"pair", 38, 1995}}},
+      {20, 20, {41, 158, 6, 1739733588}, {109, 364, 7, 1510318170}, {{"tent", 70, 2168}, {"pair", 54, 1587}}},
+      {20, 45, {15, 118, 5, 1164736893}, {115, 298, 7, 1844818167}, {{"tent", 76, 3297}, {"pair", 48, 2198}}},
+  };
+  for (const Row& row : rows) {
+    CAPTURE(row.width);
+    CAPTURE(row.angle);
+    const Json member = DescribeMember(row.width, row.angle == 0 ? 180 : row.angle);
+    CheckLine(member["bare_line"], row.bare);
+    CheckLine(member["model_line"], row.model);
+    CHECK(member["observed_smoother"].is_null() == (row.width <= 10));
+    for (size_t i = 0; i < row.kernels.size(); ++i) {
+      const Json& step_operator = member["operators"][i];
+      CHECK(step_operator["name"] == row.kernels[i].name);
+      CHECK(step_operator["response"]["cells"].size() == row.kernels[i].cells);
+      CHECK(step_operator["response"]["largest"] == row.kernels[i].largest);
+    }
+  }
+}
+
+TEST_CASE("a member tells its squares, its smoother, its taps and how the tile is turned") {
+  const Json member = DescribeMember(20, 199);  // a line at 19 degrees
+  const std::vector<std::pair<const char*, int>> numbers = {
+      {"folded", 19},      {"bucket", 4},       {"angle", 20},        {"passes", 2},       {"scale_shift", 1},
+      {"margin", 37},      {"extra_margin", 2}, {"final_margin", 11}, {"sweep_size", 150}, {"line_minimum_size", 156},
+      {"reblur_size", 182}};
+  for (const auto& [name, value] : numbers) {
+    CAPTURE(name);
+    CHECK(member[name] == value);
+  }
+  CheckLine(member["observed_smoother"], {9, 36, 4, 1908874353});
+  std::vector<int> shares;
+  for (const Json& tap : member["operators"][0]["taps"])
+    if (tap["sign"] == 1) shares.push_back(tap["share"]);
+  CHECK(shares == std::vector<int>{41682, 23853, 17829, 47706, 59512, 6023});
+
+  CHECK(member["turned"] == "not at all");
+  CHECK(DescribeMember(20, 250)["turned"] == "reflected at the anti-diagonal");
+  CHECK(DescribeMember(20, 110)["turned"] == "a quarter clockwise");
+  CHECK(DescribeMember(20, 341)["turned"] == "mirrored left to right");
+  CHECK(DescribeMember(3, 8)["angle"] == 15);
+}
+
+TEST_CASE("iterations follow the effort") {
+  const Json schedule = DescribeMember(12, 180)["schedule"];
+  CHECK(schedule[0]["iterations"] == Json({1, 0}));
+  CHECK(schedule[4]["iterations"] == Json({2, 2}));
+  CHECK(schedule[4]["refinements"] == Json({{8, 6}, {8, 6}}));
+  CHECK(DescribeMember(5, 0)["schedule"][4]["refinements"] == Json(std::vector<Json>{{3, 2, 1, 0, 0}}));
+}
+
+bool Shows(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+TEST_CASE("the text draws what the numbers say") {
+  const std::string narrow = MemberText(DescribeMember(5, 20));
+  CHECK(Shows(narrow,
+              "bare line: 11 cells, unit: eighth of a column, total 46, shift 4, normaliser 1493901668\n"
+              "    up  -3  -2  -1   0   1   2   3\n"
+              "     1   .   .   .   .   3   6   3\n"
+              "     0   .   2   5   8   5   2   .\n"
+              "    -1   3   6   3   .   .   .   .\n"));
+  const std::string wide = MemberText(DescribeMember(12, 25));
+  CHECK(Shows(wide,
+              "     2   .   .   .   .   .   .   .   .   2   4   5   8   6   2   1\n"
+              "     1   .   .   .   .   .   .   2   4   6   7   7   4   3   .   .\n"
+              "     0   .   .   .   1   2   5   6   8   6   5   2   1   .   .   .\n"));
+  CHECK(Shows(wide, "operator of pass 1: tent"));
+  CHECK(Shows(MemberText(DescribeMember(15, 180)), "total 128, shift 7, normaliser none\n"));
+  const std::string round = MemberText(DescribeMember(2, 0));
+  CHECK(Shows(round, "     1   1   2   1\n     0   2   2   2\n    -1   1   2   1\n"));
+  CHECK(Shows(round, "floor of 9 cells"));
+}
+
+}  // namespace
+}  // namespace kelvo::host
