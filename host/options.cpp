@@ -19,6 +19,7 @@ constexpr char kExamples[] =
     "Examples:\n"
     "  kelvo restore photo.jpg -o sharp.jpg --width 5\n"
     "  kelvo blur sharp.png -o soft.png --width 5\n"
+    "  kelvo enlarge small.png -o large.png\n"
     "  kelvo demo pictures\n"
     "kelvo SUBCOMMAND --help tells more about each.";
 
@@ -35,6 +36,14 @@ constexpr char kBlurExamples[] =
     "Examples:\n"
     "  kelvo blur sharp.png -o soft.png --width 5\n"
     "  kelvo blur sharp.tif -o soft.tif --width 12 --threads 2";
+
+constexpr char kEnlargeExamples[] =
+    "Every pixel becomes 2 x 2; corners and thin diagonal lines are reshaped. The picture prints at its size: the\n"
+    "resolution doubles.\n"
+    "\n"
+    "Examples:\n"
+    "  kelvo enlarge drawing.png -o large.png\n"
+    "  kelvo enlarge large.png -o larger.png                                 fourfold in all";
 
 constexpr char kDemoExamples[] =
     "Writes sharp.png, blurred.png, restored.png and side-by-side.png.\n"
@@ -73,15 +82,19 @@ CLI::App* AddPictureCommand(CLI::App& app, Options& options, const char* name, c
   command->add_option("-o,--output", options.output, "Picture to write; the suffix chooses the format")
       ->required()
       ->type_name("FILE");
-  command->add_flag("--raw", options.settings.raw_values,
-                    "The library's own values, not original plus change: coarser, above all in shadows");
   AddForce(*command, options);
   return command;
+}
+
+void AddRaw(CLI::App& command, Options& options) {
+  command.add_flag("--raw", options.settings.raw_values,
+                   "The library's own values, not original plus change: coarser, above all in shadows");
 }
 
 void AddRestore(CLI::App& app, Options& options) {
   CLI::App* command = AddPictureCommand(app, options, "restore", "Restore a defocused picture");
   RestoreSettings& settings = options.settings;
+  AddRaw(*command, options);
   AddWidth(*command, options, 0, kMaxWidth);
   command->get_option("--width")->required();
   command->add_option("--noise", settings.noise, "Noise suppression: -1 least, 3 most")
@@ -99,9 +112,15 @@ void AddRestore(CLI::App& app, Options& options) {
 
 void AddBlur(CLI::App& app, Options& options) {
   CLI::App* command = AddPictureCommand(app, options, "blur", "Defocus a picture");
+  AddRaw(*command, options);
   AddWidth(*command, options, 0, kMaxWidth);
   command->get_option("--width")->required();
   command->footer(kBlurExamples);
+}
+
+void AddEnlarge(CLI::App& app, Options& options) {
+  CLI::App* command = AddPictureCommand(app, options, "enlarge", "Enlarge a picture twofold");
+  command->footer(kEnlargeExamples);
 }
 
 void AddDemo(CLI::App& app, Options& options) {
@@ -110,6 +129,12 @@ void AddDemo(CLI::App& app, Options& options) {
   AddWidth(*command, options, 1, kMaxWidth);
   AddForce(*command, options);
   command->footer(kDemoExamples);
+}
+
+Command CommandNamed(const std::string& name) {
+  if (name == "restore") return Command::kRestore;
+  if (name == "blur") return Command::kBlur;
+  return name == "enlarge" ? Command::kEnlarge : Command::kDemo;
 }
 
 std::string VersionText() {
@@ -127,7 +152,7 @@ std::optional<ExitStatus> CheckSubcommand(int argc, char** argv, const CLI::App&
   for (const CLI::App* subcommand : app.get_subcommands(nullptr)) {
     if (subcommand->check_name(argv[1])) return std::nullopt;
   }
-  return TellError("there is no subcommand \"" + std::string(argv[1]) + "\"; use restore, blur or demo", "");
+  return TellError("there is no subcommand \"" + std::string(argv[1]) + "\"; use restore, blur, enlarge or demo", "");
 }
 
 }  // namespace
@@ -139,6 +164,7 @@ std::optional<ExitStatus> ParseOptions(int argc, char** argv, Options& options) 
   app.require_subcommand(1);
   AddRestore(app, options);
   AddBlur(app, options);
+  AddEnlarge(app, options);
   AddDemo(app, options);
   if (const auto status = CheckSubcommand(argc, argv, app)) return status;
   std::string command;
@@ -153,7 +179,8 @@ std::optional<ExitStatus> ParseOptions(int argc, char** argv, Options& options) 
     const auto parsed = app.get_subcommands();
     return TellError(error.what(), parsed.empty() ? "" : parsed.front()->get_name());
   }
-  options.command = command == "restore" ? Command::kRestore : command == "blur" ? Command::kBlur : Command::kDemo;
+  options.command = CommandNamed(command);
+  if (options.command == Command::kEnlarge) options.enlarge = true;
   if (options.command == Command::kDemo && options.settings.width == 0) options.settings.width = kDefaultDemoWidth;
   return std::nullopt;
 }
