@@ -30,6 +30,7 @@ constexpr char kRestoreExamples[] =
     "  kelvo restore photo.jpg -o sharp.png --width 4\n"
     "  kelvo restore photo.jpg -o sharp.jpg --width 6 --noise 1 --jpeg 30    noisy, strongly compressed\n"
     "  kelvo restore scan.tif -o scan.tif --force --width 3 --accuracy 2     in place, with more effort\n"
+    "  kelvo restore photo.jpg -o large.png --width 4 --enlarge              twice the columns and rows\n"
     "  kelvo restore --output=-odd-.png --width 3 -- -name-.png              names with a leading dash";
 
 constexpr char kBlurExamples[] =
@@ -39,7 +40,7 @@ constexpr char kBlurExamples[] =
 
 constexpr char kEnlargeExamples[] =
     "Every pixel becomes 2 x 2; corners and thin diagonal lines are reshaped. The picture prints at its size: the\n"
-    "resolution doubles.\n"
+    "resolution doubles. To restore and enlarge at once: kelvo restore --enlarge.\n"
     "\n"
     "Examples:\n"
     "  kelvo enlarge drawing.png -o large.png\n"
@@ -107,6 +108,7 @@ void AddRestore(CLI::App& app, Options& options) {
       ->check(WholeNumber(0, 80))
       ->capture_default_str();
   command->add_flag("--classic", settings.classic, "Leave the trial moves of the search in; tiles do not quite meet");
+  command->add_flag("--enlarge", options.enlarge, "Enlarge twofold what has been restored");
   command->footer(kRestoreExamples);
 }
 

@@ -149,6 +149,15 @@ test_enlarge() {
   says "--width"
 }
 
+test_restore_and_enlarge() {
+  run 0 restore soft.png -o restored.png --width 3
+  run 0 enlarge restored.png -o one-by-one.png
+  run 0 restore soft.png -o at-once.png --width 3 --enlarge
+  same_pixels one-by-one.png at-once.png
+  run 0 restore rgb.png -o only-larger.png --width 0 --enlarge
+  same_pixels only-larger.png large.png
+}
+
 test_usage() {
   run 0 --version
   checks=$((checks + 1))
@@ -325,6 +334,7 @@ test_good_runs
 test_metadata
 test_colour
 test_enlarge
+test_restore_and_enlarge
 test_usage
 test_files
 test_names

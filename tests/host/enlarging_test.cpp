@@ -172,5 +172,45 @@ TEST_CASE("what would be too large, and other formats, are refused") {
   CHECK_THROWS_AS(EnlargePicture(vips::VImage::black(4, 4).cast(VIPS_FORMAT_FLOAT), 1), HostError);
 }
 
+TEST_CASE("restoring and enlarging in one pass: the same as one after the other, each tile restored once") {
+  const Size size = {700, 600};
+  const auto samples = Scene<uint8_t>(size.first, size.second, 1, 5);
+  const vips::VImage picture = PictureOf(samples, size.first, size.second, 1);
+  RestoreSettings settings;
+  settings.width = 3;
+  TileTask task = RestoreTask(settings);
+  std::mutex mutex;
+  std::map<Size, int> calls;
+  const auto count = [&, restore = task.call](TileParams& params, int32_t* heap) {
+    {
+      const std::lock_guard<std::mutex> lock(mutex);
+      ++calls[{params.TileLeft, params.TileTop}];
+    }
+    return restore(params, heap);
+  };
+  const auto restored = SamplesOf<uint8_t>(ProcessTiles(picture, 1, task));
+  const auto expected = Enlarged(restored, size, 1, 1);
+  task.call = count;
+  for (const int threads : {1, 4})
+    for (const char* suffix : {".v", ".png", ".tif[tile,tile-width=256,tile-height=256]"}) {
+      CAPTURE(threads);
+      CAPTURE(suffix);
+      calls.clear();
+      vips_concurrency_set(threads);
+      const vips::VImage result = EnlargePicture(ProcessTiles(picture, 1, task), 1);
+      if (std::strcmp(suffix, ".v") == 0) {
+        CHECK((SamplesOf<uint8_t>(result) == expected));
+      } else {
+        void* file = nullptr;
+        size_t bytes = 0;
+        result.write_to_buffer(suffix, &file, &bytes);
+        g_free(file);
+      }
+      CHECK(calls.size() == 6 * 5);
+      for (const auto& [position, times] : calls) CHECK(times == 1);
+    }
+  vips_concurrency_set(0);
+}
+
 }  // namespace
 }  // namespace kelvo::host
