@@ -12,6 +12,7 @@
 #include "tile_operation.h"
 #include "tiling.h"
 #include "weighted_colour.h"
+#include "xmp_size.h"
 
 namespace kelvo::host {
 namespace {
@@ -144,6 +145,14 @@ void RequireRoom(const vips::VImage& image) {
                   " pixels; enlarged it may have at most " + std::to_string(kMost * 2) + " columns and rows");
 }
 
+void DoubleXmpSize(const vips::VImage& enlarged, int width, int height) {
+  if (enlarged.get_typeof(VIPS_META_XMP_NAME) != VIPS_TYPE_BLOB) return;
+  size_t bytes = 0;
+  const void* packet = enlarged.get_blob(VIPS_META_XMP_NAME, &bytes);
+  const std::string doubled = WithDoubledSize({static_cast<const char*>(packet), bytes}, width, height);
+  vips_image_set_blob_copy(enlarged.get_image(), VIPS_META_XMP_NAME, doubled.data(), doubled.size());
+}
+
 }  // namespace
 
 vips::VImage EnlargePicture(const vips::VImage& image, int colour_bands) {
@@ -151,6 +160,7 @@ vips::VImage EnlargePicture(const vips::VImage& image, int colour_bands) {
   const vips::VImage enlarged = InTiles<Worker>(image, 2, Bands{colour_bands});
   vips::VImage described =
       enlarged.copy(vips::VImage::option()->set("xres", 2 * image.xres())->set("yres", 2 * image.yres()));
+  DoubleXmpSize(described, image.width(), image.height());
   // The height of one page; a writer would cut the picture into pages by it.
   if (image.get_typeof(VIPS_META_PAGE_HEIGHT) != 0) described.set(VIPS_META_PAGE_HEIGHT, described.height());
   return described;

@@ -7,7 +7,8 @@
 namespace kelvo::host {
 
 // `image`, of 8 or 16 bits, with twice the columns and rows; output pixels (2 x, 2 y) to (2 x + 1, 2 y + 1) cover pixel
-// (x, y). The resolution doubles, so that the picture prints at its size.
+// (x, y). The resolution doubles, so that the picture prints at its size, and so do the sizes that an XMP packet repeats; those
+// of EXIF follow when the picture is written.
 //
 // A band is enlarged for itself, as the change that the library makes over plain doubling: what is flat keeps its exact
 // samples at any depth. Where one band, the last, follows the first `colour_bands`, it is taken for transparency and

@@ -13,6 +13,7 @@
 #include "pictures.h"
 #include "tiling.h"
 #include "weighted_colour.h"
+#include "xmp_size.h"
 
 namespace kelvo::host {
 namespace {
@@ -164,6 +165,28 @@ TEST_CASE("the resolution follows, and pages end where the picture ends") {
   CHECK(enlarged.xres() == 6.0);
   CHECK(enlarged.yres() == 8.0);
   CHECK(enlarged.get_int(VIPS_META_PAGE_HEIGHT) == 40);
+}
+
+TEST_CASE("an XMP packet tells the new size where it told the old one") {
+  const std::pair<const char*, const char*> packets[] = {
+      {"", ""},
+      {"tiff:ImageWidth=\"150\" tiff:ImageLength='140'", "tiff:ImageWidth=\"300\" tiff:ImageLength='280'"},
+      {"<exif:PixelXDimension>150</exif:PixelXDimension>", "<exif:PixelXDimension>300</exif:PixelXDimension>"},
+      {"<exif:PixelYDimension >140<", "<exif:PixelYDimension >280<"},
+      {"tiff:XResolution=\"720000/10000\"", "tiff:XResolution=\"1440000/10000\""},
+      {"tiff:YResolution = \"72\"", "tiff:YResolution = \"144\""},
+      {"tiff:ImageWidth=\"140\"", "tiff:ImageWidth=\"140\""},  // not this picture's
+      {"tiff:ImageWidth=\"\" tiff:ImageWidth=150", "tiff:ImageWidth=\"\" tiff:ImageWidth=150"},
+      {"tiff:XResolution=\"99999999999999999999\"", "tiff:XResolution=\"99999999999999999999\""},
+      {"tiff:ImageWidth", "tiff:ImageWidth"},
+      {"tiff:ImageWidth=\"", "tiff:ImageWidth=\""}};
+  for (const auto& [packet, expected] : packets) CHECK(WithDoubledSize(packet, 150, 140) == expected);
+  vips::VImage picture = PictureOf(Scene<uint8_t>(150, 140, 1, 4), 150, 140, 1);
+  vips_image_set_blob_copy(picture.get_image(), VIPS_META_XMP_NAME, packets[1].first, std::strlen(packets[1].first));
+  size_t bytes = 0;
+  const vips::VImage enlarged = EnlargePicture(picture, 1);
+  const auto* packet = static_cast<const char*>(enlarged.get_blob(VIPS_META_XMP_NAME, &bytes));
+  CHECK(std::string(packet, bytes) == packets[1].second);
 }
 
 TEST_CASE("what would be too large, and other formats, are refused") {
