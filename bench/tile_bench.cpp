@@ -2,9 +2,13 @@
 //
 // Every number is the least of several runs on the same generated tile, on one thread. The share of the pair search is
 // taken inside the driver, by timing the move stage of each iteration.
+//
+//   kelvo-bench [REPEATS [enlarge]]     everything, or the enlargement alone
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
+#include "enlarge_bench.h"
 #include "motion_bench.h"
 #include "round/focus_driver.h"
 #include "stages/routines.h"
@@ -127,8 +131,12 @@ void PrintPairs(int repeats) {
 
 int main(int argc, char** argv) {
   const int repeats = argc > 1 ? std::max(1, std::atoi(argv[1])) : 5;
-  PrintTiles(repeats);
-  PrintPairs(repeats);
-  kelvo::bench::PrintMotion(repeats);
+  const bool enlargement_alone = argc > 2 && argv[2] == std::string("enlarge");
+  if (!enlargement_alone) {
+    PrintTiles(repeats);
+    PrintPairs(repeats);
+    kelvo::bench::PrintMotion(repeats);
+  }
+  kelvo::bench::PrintEnlargement(repeats);
   return 0;
 }

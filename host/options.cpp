@@ -21,6 +21,7 @@ constexpr char kExamples[] =
     "  kelvo restore photo.jpg -o sharp.jpg --width 5\n"
     "  kelvo restore photo.jpg -o sharp.jpg --width 8 --direction 30\n"
     "  kelvo blur sharp.png -o soft.png --width 5\n"
+    "  kelvo enlarge small.png -o large.png\n"
     "  kelvo demo pictures\n"
     "kelvo SUBCOMMAND --help tells more about each.";
 
@@ -41,6 +42,7 @@ constexpr char kRestoreExamples[] =
     "  kelvo restore photo.jpg -o sharp.png --width 8 --direction 30         a line of 9 pixels\n"
     "  kelvo restore photo.jpg -o sharp.jpg --width 6 --noise 1 --jpeg 30    noisy, strongly compressed\n"
     "  kelvo restore scan.tif -o scan.tif --force --width 3 --accuracy 2     in place, with more effort\n"
+    "  kelvo restore photo.jpg -o large.png --width 4 --enlarge              twice the columns and rows\n"
     "  kelvo restore --output=-odd-.png --width 3 -- -name-.png              names with a leading dash";
 
 constexpr char kBlurExamples[] =
@@ -48,6 +50,14 @@ constexpr char kBlurExamples[] =
     "  kelvo blur sharp.png -o soft.png --width 5\n"
     "  kelvo blur sharp.png -o soft.png --width 8 --direction 30\n"
     "  kelvo blur sharp.tif -o soft.tif --width 12 --threads 2";
+
+constexpr char kEnlargeExamples[] =
+    "Every pixel becomes 2 x 2; corners and thin diagonal lines are reshaped. The picture prints at its size: the\n"
+    "resolution doubles. To restore and enlarge at once: kelvo restore --enlarge.\n"
+    "\n"
+    "Examples:\n"
+    "  kelvo enlarge drawing.png -o large.png\n"
+    "  kelvo enlarge large.png -o larger.png                                 fourfold in all";
 
 constexpr char kDemoExamples[] =
     "Writes sharp.png, blurred.png, restored.png and side-by-side.png.\n"
@@ -101,15 +111,19 @@ CLI::App* AddPictureCommand(CLI::App& app, Options& options, const char* name, c
   command->add_option("-o,--output", options.output, "Picture to write; the suffix chooses the format")
       ->required()
       ->type_name("FILE");
-  command->add_flag("--raw", options.settings.raw_values,
-                    "The library's own values, not original plus change: coarser, above all in shadows");
   AddForce(*command, options);
   return command;
+}
+
+void AddRaw(CLI::App& command, Options& options) {
+  command.add_flag("--raw", options.settings.raw_values,
+                   "The library's own values, not original plus change: coarser, above all in shadows");
 }
 
 void AddRestore(CLI::App& app, Options& options) {
   CLI::App* command = AddPictureCommand(app, options, "restore", "Restore a blurred picture");
   RestoreSettings& settings = options.settings;
+  AddRaw(*command, options);
   AddWidth(*command, options, 0, kMaxWidth);
   command->get_option("--width")->required();
   AddDirection(*command, options);
@@ -123,15 +137,22 @@ void AddRestore(CLI::App& app, Options& options) {
       ->check(WholeNumber(0, 80))
       ->capture_default_str();
   command->add_flag("--classic", settings.classic, "Leave the trial moves of the search in; tiles do not quite meet");
+  command->add_flag("--enlarge", options.enlarge, "Enlarge twofold what has been restored");
   command->footer(std::string(kWidthText) + kDirectionText + kRestoreExamples);
 }
 
 void AddBlur(CLI::App& app, Options& options) {
   CLI::App* command = AddPictureCommand(app, options, "blur", "Blur a picture");
+  AddRaw(*command, options);
   AddWidth(*command, options, 0, kMaxWidth);
   command->get_option("--width")->required();
   AddDirection(*command, options);
   command->footer(std::string(kWidthText) + kDirectionText + kBlurExamples);
+}
+
+void AddEnlarge(CLI::App& app, Options& options) {
+  CLI::App* command = AddPictureCommand(app, options, "enlarge", "Enlarge a picture twofold");
+  command->footer(kEnlargeExamples);
 }
 
 void AddDemo(CLI::App& app, Options& options) {
@@ -150,6 +171,13 @@ void AddMembers(CLI::App& app, Options& options) {
   AddDirection(*command, options);
   command->add_flag("--json", options.json, "As JSON");
   command->footer(kMembersExamples);
+}
+
+Command CommandNamed(const std::string& name) {
+  if (name == "restore") return Command::kRestore;
+  if (name == "blur") return Command::kBlur;
+  if (name == "members") return Command::kMembers;
+  return name == "enlarge" ? Command::kEnlarge : Command::kDemo;
 }
 
 std::string VersionText() {
@@ -181,6 +209,7 @@ std::optional<ExitStatus> ParseOptions(int argc, char** argv, Options& options) 
   app.require_subcommand(1);
   AddRestore(app, options);
   AddBlur(app, options);
+  AddEnlarge(app, options);
   AddDemo(app, options);
   AddMembers(app, options);
   if (const auto status = CheckSubcommand(argc, argv, app)) return status;
@@ -196,10 +225,8 @@ std::optional<ExitStatus> ParseOptions(int argc, char** argv, Options& options) 
     const auto parsed = app.get_subcommands();
     return TellError(error.what(), parsed.empty() ? "" : parsed.front()->get_name());
   }
-  options.command = command == "restore"   ? Command::kRestore
-                    : command == "blur"    ? Command::kBlur
-                    : command == "members" ? Command::kMembers
-                                           : Command::kDemo;
+  options.command = CommandNamed(command);
+  if (options.command == Command::kEnlarge) options.enlarge = true;
   if (options.command == Command::kDemo && options.settings.width == 0) options.settings.width = kDefaultDemoWidth;
   return std::nullopt;
 }

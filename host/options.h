@@ -11,13 +11,14 @@ namespace kelvo::host {
 
 enum ExitStatus { kSuccess = 0, kFailure = 1, kWrongUsage = 2 };
 
-enum class Command { kRestore, kBlur, kDemo, kMembers };
+enum class Command { kRestore, kBlur, kEnlarge, kDemo, kMembers };
 
 struct Options {
   Command command = Command::kRestore;
   std::string input;         // file
   std::string output;        // file; for the demo a folder
   RestoreSettings settings;  // blurring uses width, direction and raw_values only
+  bool enlarge = false;      // twofold, after restoring
   bool force = false;
   bool quiet = false;
   int threads = 0;  // 0: one per core

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "colour.h"
+#include "enlarging.h"
 #include "errors.h"
 #include "image_file.h"
 #include "output_file.h"
@@ -31,13 +32,27 @@ ColourPicture LoadColourPicture(const Options& options, bool show_progress, std:
   }
 }
 
-vips::VImage Processed(const ColourPicture& picture, const Options& options) {
+vips::VImage Treated(const ColourPicture& picture, const Options& options) {
   const RestoreSettings& settings = options.settings;
   if (settings.width == 0) return picture.image;
   const TileTask task = options.command == Command::kBlur
                             ? BlurTask(settings.width, settings.raw_values, settings.direction)
                             : RestoreTask(settings);
   return ProcessTiles(picture.image, picture.colour_bands, task);
+}
+
+vips::VImage Processed(const ColourPicture& picture, const Options& options) {
+  const vips::VImage treated = Treated(picture, options);
+  try {
+    return options.enlarge ? EnlargePicture(treated, picture.colour_bands) : treated;
+  } catch (const HostError& error) {
+    throw HostError("cannot enlarge \"" + options.input + "\": " + error.what());
+  }
+}
+
+const char* Activity(const Options& options) {
+  if (options.command == Command::kBlur) return "blurring";
+  return options.command == Command::kEnlarge ? "enlarging" : "restoring";
 }
 
 }  // namespace
@@ -54,7 +69,7 @@ void RunPictureJob(const Options& options) {
   }
   const vips::VImage result = Processed(picture, options);
   try {
-    const Progress progress(result, options.command == Command::kBlur ? "blurring" : "restoring", show_progress);
+    const Progress progress(result, Activity(options), show_progress);
     SavePicture(result, saver, output.temporary_path());
   } catch (const HostError& error) {
     throw HostError("cannot write \"" + options.output + "\" from \"" + options.input + "\": " + error.what());

@@ -6,7 +6,7 @@
 
 namespace kelvo::host {
 
-// Restores or blurs options.input into options.output. Notes and the progress bar go to standard error.
+// Restores, blurs or enlarges options.input into options.output. Notes and the progress bar go to standard error.
 // Throws HostError with the file and the reason.
 void RunPictureJob(const Options& options);
 

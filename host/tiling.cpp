@@ -2,13 +2,11 @@
 
 #include <algorithm>
 #include <cassert>
-#include <memory>
 #include <new>
 #include <vector>
 
-#include "errors.h"
-#include "interrupt.h"
 #include "staging.h"
+#include "tile_operation.h"
 
 namespace kelvo::host {
 namespace {
@@ -127,43 +125,6 @@ class Worker {
   std::array<int, KELVO_TILE_SIZE> columns_{};
 };
 
-// libvips calls these three; no exception may leave them.
-void* StartWorker(VipsImage*, void* image, void* operation) try {
-  return new Worker(static_cast<VipsImage*>(image), *static_cast<const Operation*>(operation));
-} catch (const std::bad_alloc&) {
-  vips_error("kelvo", "out of memory: a thread needs a work heap of 4 MiB");
-  return nullptr;
-}
-
-int StopWorker(void* worker, void*, void*) {
-  delete static_cast<Worker*>(worker);
-  return 0;
-}
-
-template <Sample T>
-int ComputeTile(VipsRegion* out, void* worker, void*, void*, gboolean*) {
-  if (StopRequested()) {
-    vips_error("kelvo", "interrupted");
-    return -1;
-  }
-  return static_cast<Worker*>(worker)->Compute<T>(out) ? 0 : -1;
-}
-
-VipsGenerateFn GeneratorFor(VipsBandFormat format) {
-  if (format == VIPS_FORMAT_UCHAR) return ComputeTile<uint8_t>;
-  if (format == VIPS_FORMAT_USHORT) return ComputeTile<uint16_t>;
-  throw HostError("only 8- and 16-bit pictures can be cut into tiles");
-}
-
-// Enough tiles for what a writer may hold: its two buffers, one tile per thread, and a row for readers that lag behind.
-int CachedTiles(VipsImage* image) {
-  int tile_width, tile_height, lines;
-  vips_get_tile_size(image, &tile_width, &tile_height, &lines);
-  const int across = (image->Xsize + KELVO_CORE_SIZE - 1) / KELVO_CORE_SIZE;
-  const int down = (lines + KELVO_CORE_SIZE - 1) / KELVO_CORE_SIZE;
-  return across * (2 * down + 1) + vips_concurrency_get();
-}
-
 }  // namespace
 
 std::array<int, KELVO_TILE_SIZE> MirroredPositions(int start, int size) {
@@ -178,26 +139,7 @@ std::array<int, KELVO_TILE_SIZE> MirroredPositions(int start, int size) {
 }
 
 vips::VImage ProcessTiles(const vips::VImage& image, int colour_bands, const TileTask& task) {
-  const VipsGenerateFn generate = GeneratorFor(image.format());
-  VipsImage* in = image.get_image();
-  vips::VImage tiles(vips_image_new());
-  VipsImage* out = tiles.get_image();
-  auto operation = std::make_unique<Operation>(Operation{task, colour_bands});
-  void* operation_pointer = operation.get();
-  const auto destroy = [](void* pointer) { delete static_cast<Operation*>(pointer); };
-  g_object_set_data_full(G_OBJECT(out), "kelvo-operation", operation.release(), destroy);
-  // The tile operation reads `in` for as long as it lives.
-  g_object_set_data_full(G_OBJECT(out), "kelvo-input", g_object_ref(in), g_object_unref);
-  if (vips_image_pipelinev(out, VIPS_DEMAND_STYLE_SMALLTILE, in, nullptr) != 0 ||
-      vips_image_generate(out, StartWorker, generate, StopWorker, in, operation_pointer) != 0) {
-    throw vips::VError();
-  }
-  return tiles.tilecache(vips::VImage::option()
-                             ->set("tile_width", int{KELVO_CORE_SIZE})
-                             ->set("tile_height", int{KELVO_CORE_SIZE})
-                             ->set("max_tiles", CachedTiles(out))
-                             ->set("access", VIPS_ACCESS_RANDOM)
-                             ->set("threaded", true));
+  return InTiles<Worker>(image, 1, Operation{task, colour_bands});
 }
 
 }  // namespace kelvo::host

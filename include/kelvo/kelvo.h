@@ -121,7 +121,10 @@ typedef char KelvoTileParamsIs1004Bytes[sizeof(TileParams) == 1004 ? 1 : -1];
  * in TileParams::WorkHeap; a 64-bit build takes that address zero-extended, for hosts that keep the heap below 4 GiB.
  *
  * Every tile function first empties Message, then checks the block and returns the first failing code with its
- * message; a refused call touches nothing else. A call whose checks pass returns 0. */
+ * message; a refused call touches nothing else. A call whose checks pass returns 0.
+ *
+ * KVDLL_IncreaseResolution enlarges the centre twofold: the core becomes the enlargement of rows and columns 96..159,
+ * so a host steps its tiles by 64 pixels of the picture. */
 KELVO_API int32_t KELVO_CALL KVDLL_GetHeapSize(void);      /* size of the work heap in four-byte words: 1048576 */
 KELVO_API int32_t KELVO_CALL KVDLL_GetVersionNumber(void); /* 5000 */
 KELVO_API int32_t KELVO_CALL KVDLL_DefocusTile(TileParams* params); /* blurs; checks size, width, direction */
@@ -129,7 +132,7 @@ KELVO_API int32_t KELVO_CALL KVDLL_FocusTile(TileParams* params);   /* restores;
                                                                        width, direction */
 KELVO_API int32_t KELVO_CALL KVDLL_DetectBlurWidthForTile(TileParams* params);      /* checks size */
 KELVO_API int32_t KELVO_CALL KVDLL_DetectJPGCompressionForTile(TileParams* params); /* checks the two offsets only */
-KELVO_API int32_t KELVO_CALL KVDLL_IncreaseResolution(TileParams* params);          /* checks size */
+KELVO_API int32_t KELVO_CALL KVDLL_IncreaseResolution(TileParams* params);          /* enlarges; checks size */
 
 /* The same for hosts of any word size: the heap is an argument of its own and TileParams::WorkHeap is ignored. */
 KELVO_API int32_t KELVO_CALL kelvo_defocus_tile(TileParams* params, int32_t* work_heap);

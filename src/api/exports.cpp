@@ -3,6 +3,7 @@
 
 #include "api/dispatch.h"
 #include "api/validate.h"
+#include "enlarge/enlarge.h"
 #include "kelvo/kelvo.h"
 #include "stages/routines.h"
 
@@ -64,8 +65,9 @@ int32_t KELVO_CALL kelvo_detect_jpg_compression_for_tile(TileParams* params, int
   return kelvo::Run(params, kelvo::CheckJpgDetection, kelvo::NotBuiltYet);
 }
 
-int32_t KELVO_CALL kelvo_increase_resolution(TileParams* params, int32_t* /*work_heap*/) {
-  return kelvo::Run(params, kelvo::CheckSize, kelvo::NotBuiltYet);
+int32_t KELVO_CALL kelvo_increase_resolution(TileParams* params, int32_t* work_heap) {
+  return kelvo::Run(params, kelvo::CheckSize,
+                    [&] { kelvo::Enlarge(kelvo::Tile(*params, work_heap, kelvo::BaselineRoutines())); });
 }
 
 int32_t KELVO_CALL KVDLL_DefocusTile(TileParams* params) {

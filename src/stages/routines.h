@@ -13,6 +13,7 @@
 
 namespace kelvo {
 
+struct Compass;
 struct PairSweep;
 struct StepSweep;
 
@@ -28,6 +29,12 @@ struct Routines {
 
   // Searches the steps of `count` cells along a motion, the first at cell `first` of the plane.
   void (*step_row)(const StepSweep& sweep, int first, int count);
+
+  // The rules of the enlargement (enlarge/rules.h).
+  void (*shape_corner_row)(const int32_t* source, Compass compass, int32_t* corner, int32_t* beside, int32_t* below,
+                           int count);
+  void (*fill_notch_row)(const int32_t* source, Compass compass, int32_t* corner, int count);
+  void (*join_line_row)(const int32_t* source, Compass compass, int32_t* corner, int32_t* outside, int count);
 };
 
 // One thing at a time: what the other versions are checked against.

@@ -165,12 +165,57 @@ test_colour() {
   says "its samples are complex"
 }
 
+# begins FILE FIELD TEXT: like has, for fields that go on.
+begins() {
+  checks=$((checks + 1))
+  [[ "$(field "$2" "$1")" = "$3"* ]] || fail "$1: $2 is \"$(field "$2" "$1")\", not \"$3\""
+}
+
+test_enlarge() {
+  run 0 enlarge rgb.png -o large.png
+  silent "enlarging"
+  has large.png width 300
+  has large.png height 280
+  run 0 enlarge deep.png -o deep-large.png --threads 1
+  has deep-large.png interpretation "$(field interpretation deep.png)"
+  run 0 enlarge cmyk.tif -o cmyk-large.png
+  says "note: cmyk.tif: converted from cmyk to sRGB"
+  local suffix
+  for suffix in jpg png webp tif; do
+    run 0 enlarge photo.jpg -o "photo-large.$suffix"
+    has "photo-large.$suffix" orientation 6
+    has "photo-large.$suffix" icc-profile-data "$(field icc-profile-data photo.jpg)"
+    [ $suffix = webp ] || begins "photo-large.$suffix" xres 5.6692  # pixels per mm: twice 72 per inch
+    [ $suffix = tif ] && continue
+    begins "photo-large.$suffix" exif-ifd0-XResolution 144000/1000
+    begins "photo-large.$suffix" exif-ifd2-PixelXDimension 300
+    begins "photo-large.$suffix" exif-ifd2-PixelYDimension 280
+  done
+  vips join rgb.png rgb.png pages.v vertical
+  vips tiffsave pages.v pages.tif --page-height 140
+  run 0 enlarge pages.tif -o page-large.tif
+  says "only the first of 2 pages"
+  has page-large.tif height 280
+  has page-large.tif n-pages 1
+  run 2 enlarge rgb.png -o a.png --width 3
+  says "--width"
+}
+
+test_restore_and_enlarge() {
+  run 0 restore soft.png -o restored.png --width 3
+  run 0 enlarge restored.png -o one-by-one.png
+  run 0 restore soft.png -o at-once.png --width 3 --enlarge
+  same_pixels one-by-one.png at-once.png
+  run 0 restore rgb.png -o only-larger.png --width 0 --enlarge
+  same_pixels only-larger.png large.png
+}
+
 test_usage() {
   run 0 --version
   checks=$((checks + 1))
   grep -q '^kelvo [0-9.]* (library [0-9]*)$' out || fail "--version"
   local command
-  for command in "" restore blur demo members; do
+  for command in "" restore blur enlarge demo members; do
     run 0 $command --help
     checks=$((checks + 1))
     grep -q "kelvo ${command:-restore} .*" out && grep -q "^Examples:" out || fail "$command --help has no examples"
@@ -178,7 +223,7 @@ test_usage() {
   run 2
   says "subcommand"
   run 2 sharpen rgb.png
-  says '"sharpen"; there are restore, blur, demo'
+  says '"sharpen"; there are restore, blur, enlarge, demo'
   run 2 restore rgb.png --width 3
   says "--output is required"
   run 2 restore rgb.png -o a.png
@@ -351,6 +396,8 @@ test_direction
 test_members
 test_metadata
 test_colour
+test_enlarge
+test_restore_and_enlarge
 test_usage
 test_files
 test_names

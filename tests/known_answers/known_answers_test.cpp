@@ -99,5 +99,9 @@ TEST_CASE("known answers: variants of round and motion focus") {
   RunGroup("variants");
 }
 
+TEST_CASE("known answers: enlargement") {
+  RunGroup("enlarge");
+}
+
 }  // namespace
 }  // namespace kelvo::test

@@ -1,0 +1,43 @@
+#include "tile_operation.h"
+
+#include "interrupt.h"
+#include "kelvo/kelvo.h"
+
+namespace kelvo::host {
+namespace {
+
+// Enough tiles for what a writer may hold: its two buffers, one tile per thread, and a row for readers that lag behind.
+int CachedTiles(VipsImage* image) {
+  int tile_width, tile_height, lines;
+  vips_get_tile_size(image, &tile_width, &tile_height, &lines);
+  const int across = (image->Xsize + KELVO_CORE_SIZE - 1) / KELVO_CORE_SIZE;
+  const int down = (lines + KELVO_CORE_SIZE - 1) / KELVO_CORE_SIZE;
+  return across * (2 * down + 1) + vips_concurrency_get();
+}
+
+}  // namespace
+
+bool MayGoOn() {
+  if (!StopRequested()) return true;
+  vips_error("kelvo", "interrupted");
+  return false;
+}
+
+vips::VImage TilesOf(VipsImage* out, VipsImage* in, int scale, VipsStartFn start, VipsGenerateFn generate,
+                     VipsStopFn stop, void* settings) {
+  // The tile operation reads `in` for as long as it lives.
+  g_object_set_data_full(G_OBJECT(out), "kelvo-input", g_object_ref(in), g_object_unref);
+  if (vips_image_pipelinev(out, VIPS_DEMAND_STYLE_SMALLTILE, in, nullptr) != 0) throw vips::VError();
+  out->Xsize *= scale;
+  out->Ysize *= scale;
+  if (vips_image_generate(out, start, generate, stop, in, settings) != 0) throw vips::VError();
+  g_object_ref(out);  // taken over by the next line
+  return vips::VImage(out).tilecache(vips::VImage::option()
+                                         ->set("tile_width", int{KELVO_CORE_SIZE})
+                                         ->set("tile_height", int{KELVO_CORE_SIZE})
+                                         ->set("max_tiles", CachedTiles(out))
+                                         ->set("access", VIPS_ACCESS_RANDOM)
+                                         ->set("threaded", true));
+}
+
+}  // namespace kelvo::host
