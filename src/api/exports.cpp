@@ -1,6 +1,8 @@
 // The functions of kelvo.h: empty the message, validate, call, return.
 #include <cstring>
 
+#include "analysis/blur_width.h"
+#include "analysis/jpeg_grid.h"
 #include "api/dispatch.h"
 #include "api/validate.h"
 #include "kelvo/kelvo.h"
@@ -56,12 +58,14 @@ int32_t KELVO_CALL kelvo_focus_tile(TileParams* params, int32_t* work_heap) {
   return kelvo_focus_tile_with(params, work_heap, 0);
 }
 
-int32_t KELVO_CALL kelvo_detect_blur_width_for_tile(TileParams* params, int32_t* /*work_heap*/) {
-  return kelvo::Run(params, kelvo::CheckSize, kelvo::NotBuiltYet);
+int32_t KELVO_CALL kelvo_detect_blur_width_for_tile(TileParams* params, int32_t* work_heap) {
+  return kelvo::Run(params, kelvo::CheckSize,
+                    [&] { kelvo::DetectBlurWidth(kelvo::Tile(*params, work_heap, kelvo::PlainRoutines())); });
 }
 
-int32_t KELVO_CALL kelvo_detect_jpg_compression_for_tile(TileParams* params, int32_t* /*work_heap*/) {
-  return kelvo::Run(params, kelvo::CheckJpgDetection, kelvo::NotBuiltYet);
+int32_t KELVO_CALL kelvo_detect_jpg_compression_for_tile(TileParams* params, int32_t* work_heap) {
+  return kelvo::Run(params, kelvo::CheckJpgDetection,
+                    [&] { kelvo::DetectJpegGrid(kelvo::Tile(*params, work_heap, kelvo::PlainRoutines())); });
 }
 
 int32_t KELVO_CALL kelvo_increase_resolution(TileParams* params, int32_t* /*work_heap*/) {
