@@ -98,7 +98,8 @@ TEST_CASE("strong detail of exactly seven levels is left out only beside stronge
 
 TEST_CASE("the ladder of strengths: a ratio must be exceeded") {
   const int cases[][2] = {{123, 0}, {124, 2}, {132, 2}, {133, 5}, {165, 10}, {166, 12}, {391, 70}, {392, 80}};
-  for (const auto& [peak, compression] : cases) {
+  for (const auto& c : cases) {
+    const int peak = c[0], compression = c[1];
     CAPTURE(peak);
     TileParams params{};
     const int rest = 1600 - 2 * peak;
