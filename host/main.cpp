@@ -4,6 +4,7 @@
 #include <vips/vips8>
 
 #include "demo.h"
+#include "detect_job.h"
 #include "errors.h"
 #include "interrupt.h"
 #include "options.h"
@@ -16,6 +17,7 @@ namespace {
 ExitStatus Run(const char* program, const Options& options) {
   try {
     const VipsSession session(program, options.threads);
+    if (options.command == Command::kDetect) return RunDetectJob(options);
     if (options.command == Command::kDemo) {
       RunDemo(options);
     } else {
