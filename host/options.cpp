@@ -90,8 +90,8 @@ CLI::Option* AddNumberOrAuto(CLI::App& command, const char* name, std::optional<
     number = text == "auto" ? std::nullopt : std::optional<int>(std::stoi(text));
   };
   return command.add_option_function<std::string>(name, store, description + " (default: auto)")
-      ->check(CLI::Validator(check, range))
-      ->type_name("");
+      ->check(CLI::Validator(check, ""))
+      ->type_name(range);
 }
 
 void AddRunning(CLI::App& command, Options& options) {
@@ -145,7 +145,7 @@ void AddBlur(CLI::App& app, Options& options) {
 
 void AddDetect(CLI::App& app, Options& options) {
   CLI::App* command = app.add_subcommand("detect", "Measure the blur and the JPEG compression of pictures");
-  command->add_option("input", options.inputs, "Pictures and folders of pictures")->required()->type_name("FILE...");
+  command->add_option("input", options.inputs, "Pictures and folders of pictures")->required()->type_name("FILE");
   command->add_flag("--json", options.json, "Print JSON instead of a table");
   AddRunning(*command, options);
   command->footer(kDetectExamples);
