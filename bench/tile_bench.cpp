@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "analysis_bench.h"
 #include "motion_bench.h"
 #include "round/focus_driver.h"
 #include "stages/routines.h"
@@ -130,5 +131,6 @@ int main(int argc, char** argv) {
   PrintTiles(repeats);
   PrintPairs(repeats);
   kelvo::bench::PrintMotion(repeats);
+  kelvo::bench::PrintAnalysis(repeats);
   return 0;
 }

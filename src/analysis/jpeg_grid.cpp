@@ -78,40 +78,69 @@ void MarkWhatIsLeftOut(const Tile& tile) {
   }
 }
 
-struct Tally {
-  std::array<uint32_t, KELVO_CORE_SIZE> sums, counts;  // by row or column of the core
+// Steps and how many they are, by column of the core.
+struct ColumnTally {
+  std::array<uint32_t, KELVO_CORE_SIZE> sums{}, counts{};
 };
 
-// The steps between a core row's cells and those `before` cells earlier, added to sums and counts of their columns.
-void CountSteps(const int32_t* row, int before, Tally& by_column) {
+// The steps between a core row's cells and those `before` cells earlier.
+void CountSteps(const int32_t* row, int before, ColumnTally& tally) {
   for (int i = 0; i < KELVO_CORE_SIZE; ++i) {
     const uint32_t cell = Bits(row[i]), neighbour = Bits(row[i - before]);
     const uint32_t counts = ~(cell | neighbour) & 1u;
-    by_column.sums[static_cast<size_t>(i)] += ShiftRight(Magnitude(cell - neighbour), 7) & (0u - counts);
-    by_column.counts[static_cast<size_t>(i)] += counts;
+    tally.sums[static_cast<size_t>(i)] += ShiftRight(Magnitude(cell - neighbour), 7) & (0u - counts);
+    tally.counts[static_cast<size_t>(i)] += counts;
   }
 }
 
-uint32_t SumOf(const std::array<uint32_t, KELVO_CORE_SIZE>& values) {
-  uint32_t sum = 0;
-  for (const uint32_t value : values) sum += value;
-  return sum;
+class PhaseTally {
+ public:
+  // `position` in the image; & 7 is the non-negative remainder also of negative ones.
+  void Add(uint32_t position, uint32_t sum, uint32_t count) {
+    sums_[position & (kPhases - 1)] += sum;
+    counts_[position & (kPhases - 1)] += count;
+  }
+
+  // Adds to each phase its mean step times the mean count.
+  void AddNormalisedTo(int32_t (&phase_sums)[kPhases]) const {
+    uint32_t all = 0;
+    for (const uint32_t count : counts_) all += count;
+    const double mean_count = all / 8.0;
+    for (int phase = 0; phase < kPhases; ++phase) {
+      int32_t step = Signed(sums_[phase]);
+      if (counts_[phase] != 0) step = TruncToInt(step * mean_count / counts_[phase]);
+      phase_sums[phase] = WrapAdd(phase_sums[phase], step);
+    }
+  }
+
+ private:
+  uint32_t sums_[kPhases] = {}, counts_[kPhases] = {};
+};
+
+void AddHorizontalSteps(const Tile& tile) {
+  TileParams& params = tile.params();
+  ColumnTally columns;
+  for (int row = kCoreFirst; row < kCoreEnd; ++row) CountSteps(tile.Row(kJpegResidual, row, kCoreFirst), 1, columns);
+  PhaseTally phases;
+  for (uint32_t i = 0; i < KELVO_CORE_SIZE; ++i)
+    phases.Add(Bits(params.TileLeft) + i, columns.sums[i], columns.counts[i]);
+  phases.AddNormalisedTo(params.JPGColumnPhaseSums);
 }
 
-// Folds a tally to phases, makes each sum the mean step times the mean count, and adds them to `phase_sums`.
-void AddNormalised(const Tally& tally, int32_t tile_start, int32_t (&phase_sums)[kPhases]) {
-  uint32_t sums[kPhases] = {}, counts[kPhases] = {};
+void AddVerticalSteps(const Tile& tile) {
+  TileParams& params = tile.params();
+  PhaseTally phases;
   for (uint32_t i = 0; i < KELVO_CORE_SIZE; ++i) {
-    const uint32_t phase = (Bits(tile_start) + i) % kPhases;  // the non-negative remainder also of negative starts
-    sums[phase] += tally.sums[i];
-    counts[phase] += tally.counts[i];
+    ColumnTally row;
+    CountSteps(tile.Row(kJpegResidual, kCoreFirst + static_cast<int>(i), kCoreFirst), kTileSize, row);
+    uint32_t sum = 0, count = 0;
+    for (size_t column = 0; column < KELVO_CORE_SIZE; ++column) {
+      sum += row.sums[column];
+      count += row.counts[column];
+    }
+    phases.Add(Bits(params.TileTop) + i, sum, count);
   }
-  const double mean_count = SumOf(tally.counts) / 8.0;
-  for (int phase = 0; phase < kPhases; ++phase) {
-    int32_t step = Signed(sums[phase]);
-    if (counts[phase] != 0) step = TruncToInt(step * mean_count / counts[phase]);
-    phase_sums[phase] = WrapAdd(phase_sums[phase], step);
-  }
+  phases.AddNormalisedTo(params.JPGRowPhaseSums);
 }
 
 // First index of the greatest sum; 0 if all are negative, with -1 as the greatest.
@@ -129,22 +158,12 @@ Peak PeakOf(const int32_t (&sums)[kPhases]) {
 }  // namespace
 
 void DetectJpegGrid(const Tile& tile) {
-  TileParams& params = tile.params();
   BuildResidual(tile);
   MarkWhatIsLeftOut(tile);
-  Tally columns{}, rows{};
-  for (int row = 0; row < KELVO_CORE_SIZE; ++row) {
-    const int32_t* cells = tile.Row(kJpegResidual, kCoreFirst + row, kCoreFirst);
-    CountSteps(cells, 1, columns);
-    Tally in_row{};
-    CountSteps(cells, kTileSize, in_row);
-    rows.sums[static_cast<size_t>(row)] = SumOf(in_row.sums);
-    rows.counts[static_cast<size_t>(row)] = SumOf(in_row.counts);
-  }
-  AddNormalised(columns, params.TileLeft, params.JPGColumnPhaseSums);
-  AddNormalised(rows, params.TileTop, params.JPGRowPhaseSums);
-  params.JPGTileCount = WrapAdd(params.JPGTileCount, 1);
-  DecideJpegGrid(params);
+  AddHorizontalSteps(tile);
+  AddVerticalSteps(tile);
+  tile.params().JPGTileCount = WrapAdd(tile.params().JPGTileCount, 1);
+  DecideJpegGrid(tile.params());
 }
 
 void DecideJpegGrid(TileParams& params) {

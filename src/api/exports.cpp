@@ -60,12 +60,12 @@ int32_t KELVO_CALL kelvo_focus_tile(TileParams* params, int32_t* work_heap) {
 
 int32_t KELVO_CALL kelvo_detect_blur_width_for_tile(TileParams* params, int32_t* work_heap) {
   return kelvo::Run(params, kelvo::CheckSize,
-                    [&] { kelvo::DetectBlurWidth(kelvo::Tile(*params, work_heap, kelvo::PlainRoutines())); });
+                    [&] { kelvo::DetectBlurWidth(kelvo::Tile(*params, work_heap, kelvo::BaselineRoutines())); });
 }
 
 int32_t KELVO_CALL kelvo_detect_jpg_compression_for_tile(TileParams* params, int32_t* work_heap) {
   return kelvo::Run(params, kelvo::CheckJpgDetection,
-                    [&] { kelvo::DetectJpegGrid(kelvo::Tile(*params, work_heap, kelvo::PlainRoutines())); });
+                    [&] { kelvo::DetectJpegGrid(kelvo::Tile(*params, work_heap, kelvo::BaselineRoutines())); });
 }
 
 int32_t KELVO_CALL kelvo_increase_resolution(TileParams* params, int32_t* /*work_heap*/) {
