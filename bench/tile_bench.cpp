@@ -3,11 +3,12 @@
 // Every number is the least of several runs on the same generated tile, on one thread. The share of the pair search is
 // taken inside the driver, by timing the move stage of each iteration.
 //
-//   kelvo-bench [REPEATS [enlarge]]     everything, or the enlargement alone
+//   kelvo-bench [REPEATS [round|motion|detect|enlarge]]     everything, or one part
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 
+#include "analysis_bench.h"
 #include "enlarge_bench.h"
 #include "motion_bench.h"
 #include "round/focus_driver.h"
@@ -131,12 +132,14 @@ void PrintPairs(int repeats) {
 
 int main(int argc, char** argv) {
   const int repeats = argc > 1 ? std::max(1, std::atoi(argv[1])) : 5;
-  const bool enlargement_alone = argc > 2 && argv[2] == std::string("enlarge");
-  if (!enlargement_alone) {
+  const std::string part = argc > 2 ? argv[2] : "all";
+  const bool all = part == "all";
+  if (all || part == "round") {
     PrintTiles(repeats);
     PrintPairs(repeats);
-    kelvo::bench::PrintMotion(repeats);
   }
-  kelvo::bench::PrintEnlargement(repeats);
+  if (all || part == "motion") kelvo::bench::PrintMotion(repeats);
+  if (all || part == "detect") kelvo::bench::PrintAnalysis(repeats);
+  if (all || part == "enlarge") kelvo::bench::PrintEnlargement(repeats);
   return 0;
 }

@@ -45,6 +45,11 @@ void* LoaderOfFile(void* candidate, void* path_pointer, void*) {
   return nullptr;
 }
 
+void* LoaderByContent(void* candidate, void* path_pointer, void*) {
+  auto* loader = static_cast<VipsForeignLoadClass*>(candidate);
+  return loader->is_a != nullptr ? LoaderOfFile(candidate, path_pointer, nullptr) : nullptr;
+}
+
 // The load operation for the content of the file. vips_foreign_find_load() would take "[...]" off the name.
 std::string LoaderFor(const std::string& path) {
   std::string copy = path;
@@ -91,6 +96,13 @@ vips::VImage OpenPicture(const std::string& path, std::vector<std::string>& note
   const int pages = vips_image_get_n_pages(image.get_image());
   if (pages > 1) notes.push_back("only the first of " + std::to_string(pages) + " pages is used");
   return image;
+}
+
+bool IsPictureFile(const std::string& path) {
+  std::string copy = path;
+  const bool known = vips_foreign_map("VipsForeignLoad", LoaderByContent, copy.data(), nullptr) != nullptr;
+  TakeVipsMessages();
+  return known;
 }
 
 void DecodePicture(const vips::VImage& image, const std::string& path) {

@@ -15,6 +15,9 @@ constexpr int kLossyQuality = 95;
 // Appends remarks to `notes`. Throws HostError with the path and the reason.
 vips::VImage OpenPicture(const std::string& path, std::vector<std::string>& notes);
 
+// Whether the content of a file is that of a picture format that can be read. Names do not count.
+bool IsPictureFile(const std::string& path);
+
 // Decodes an opened picture whose format cannot be read in any order, into memory or beyond libvips' disc threshold
 // into a temporary file; for other formats it reads one pixel. `path` is for the message of the HostError.
 void DecodePicture(const vips::VImage& image, const std::string& path);

@@ -4,6 +4,7 @@
 #include <vips/vips8>
 
 #include "demo.h"
+#include "detect_job.h"
 #include "errors.h"
 #include "interrupt.h"
 #include "members.h"
@@ -21,6 +22,7 @@ ExitStatus Run(const char* program, const Options& options) {
       return kSuccess;
     }
     const VipsSession session(program, options.threads);
+    if (options.command == Command::kDetect) return RunDetectJob(options);
     if (options.command == Command::kDemo) {
       RunDemo(options);
     } else {

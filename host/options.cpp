@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <charconv>
+#include <filesystem>
 #include <iostream>
 
 namespace kelvo::host {
@@ -10,6 +11,7 @@ namespace {
 constexpr int kMaxThreads = 1024;
 constexpr int kDefaultDemoWidth = 5;
 constexpr int kMaxDirection = 359;  // degrees
+constexpr int kMaxJpeg = 80;
 
 constexpr char kOverview[] =
     "Restores the sharpness of photographs that are out of focus or blurred by a straight motion.\n"
@@ -18,8 +20,10 @@ constexpr char kOverview[] =
 
 constexpr char kExamples[] =
     "Examples:\n"
+    "  kelvo restore photo.jpg\n"
     "  kelvo restore photo.jpg -o sharp.jpg --width 5\n"
     "  kelvo restore photo.jpg -o sharp.jpg --width 8 --direction 30\n"
+    "  kelvo detect photo.jpg pictures/\n"
     "  kelvo blur sharp.png -o soft.png --width 5\n"
     "  kelvo enlarge small.png -o large.png\n"
     "  kelvo demo pictures\n"
@@ -37,7 +41,12 @@ constexpr char kWidthText[] =
     "The width is that of the blur: a point of light has become a disc of so many pixels across.\n";
 
 constexpr char kRestoreExamples[] =
+    "What is not given is detected over the whole picture, and the result is written beside it: photo-restored.jpg.\n"
+    "Where no blur is found nothing is written; with --output, the picture as it is. The width of a motion is not\n"
+    "detected.\n"
+    "\n"
     "Examples:\n"
+    "  kelvo restore photo.jpg                                               writes photo-restored.jpg\n"
     "  kelvo restore photo.jpg -o sharp.png --width 4\n"
     "  kelvo restore photo.jpg -o sharp.png --width 8 --direction 30         a line of 9 pixels\n"
     "  kelvo restore photo.jpg -o sharp.jpg --width 6 --noise 1 --jpeg 30    noisy, strongly compressed\n"
@@ -50,6 +59,16 @@ constexpr char kBlurExamples[] =
     "  kelvo blur sharp.png -o soft.png --width 5\n"
     "  kelvo blur sharp.png -o soft.png --width 8 --direction 30\n"
     "  kelvo blur sharp.tif -o soft.tif --width 12 --threads 2";
+
+constexpr char kDetectExamples[] =
+    "Prints for each picture the width of its blur (0: sharp), the three widths with most votes, the strength of JPEG\n"
+    "compression 0..80, and the column and row phase of the 8 x 8 grid, 0..7. Of a folder every picture in it counts.\n"
+    "With --json a list of objects, with the votes of all widths; a file that failed has \"error\".\n"
+    "\n"
+    "Examples:\n"
+    "  kelvo detect photo.jpg\n"
+    "  kelvo detect holiday/ scan.tif\n"
+    "  kelvo detect --json holiday/ > holiday.json";
 
 constexpr char kEnlargeExamples[] =
     "Every pixel becomes 2 x 2; corners and thin diagonal lines are reshaped. The picture prints at its size: the\n"
@@ -98,11 +117,32 @@ void AddDirection(CLI::App& command, Options& options) {
       ->check(WholeNumber(1, kMaxDirection));
 }
 
-void AddForce(CLI::App& command, Options& options) {
-  command.add_flag("-f,--force", options.force, "Replace an existing output file");
+// A number, or nothing for "auto".
+CLI::Option* AddNumberOrAuto(CLI::App& command, const char* name, std::optional<int>& number, int high,
+                             const std::string& description) {
+  const CLI::Validator whole = WholeNumber(0, high);
+  const std::string range = "auto|0.." + std::to_string(high);
+  const auto check = [whole](const std::string& text) {
+    const std::string reason = text == "auto" ? "" : whole(text);
+    return reason.empty() ? "" : reason + " and not \"auto\"";
+  };
+  const auto store = [&number](const std::string& text) {
+    number = text == "auto" ? std::nullopt : std::optional<int>(std::stoi(text));
+  };
+  return command.add_option_function<std::string>(name, store, description + " (default: auto)")
+      ->check(CLI::Validator(check, ""))
+      ->type_name(range);
+}
+
+void AddRunning(CLI::App& command, Options& options) {
   command.add_flag("-q,--quiet", options.quiet, "No progress bar, no notes");
   command.add_option("--threads", options.threads, "Number of worker threads (default: one per core)")
       ->check(WholeNumber(1, kMaxThreads));
+}
+
+void AddForce(CLI::App& command, Options& options) {
+  command.add_flag("-f,--force", options.force, "Replace an existing output file");
+  AddRunning(command, options);
 }
 
 CLI::App* AddPictureCommand(CLI::App& app, Options& options, const char* name, const char* description) {
@@ -124,8 +164,10 @@ void AddRestore(CLI::App& app, Options& options) {
   CLI::App* command = AddPictureCommand(app, options, "restore", "Restore a blurred picture");
   RestoreSettings& settings = options.settings;
   AddRaw(*command, options);
-  AddWidth(*command, options, 0, kMaxWidth);
-  command->get_option("--width")->required();
+  command->get_option("--output")
+      ->required(false)
+      ->description("Picture to write; the suffix chooses the format (default: INPUT-restored, beside the input)");
+  AddNumberOrAuto(*command, "-w,--width", options.width, kMaxWidth, "Width of the blur in pixels; 0 changes nothing");
   AddDirection(*command, options);
   command->add_option("--noise", settings.noise, "Noise suppression: -1 least, 3 most")
       ->check(WholeNumber(-1, 3))
@@ -133,9 +175,8 @@ void AddRestore(CLI::App& app, Options& options) {
   command->add_option("--accuracy", settings.accuracy, "Effort: -2 fastest, 2 best")
       ->check(WholeNumber(-2, 2))
       ->capture_default_str();
-  command->add_option("--jpeg", settings.jpeg, "Strength of the JPEG compression the picture went through, 0 none")
-      ->check(WholeNumber(0, 80))
-      ->capture_default_str();
+  AddNumberOrAuto(*command, "--jpeg", options.jpeg, kMaxJpeg,
+                  "Strength of the JPEG compression the picture went through, 0 none");
   command->add_flag("--classic", settings.classic, "Leave the trial moves of the search in; tiles do not quite meet");
   command->add_flag("--enlarge", options.enlarge, "Enlarge twofold what has been restored");
   command->footer(std::string(kWidthText) + kDirectionText + kRestoreExamples);
@@ -153,6 +194,14 @@ void AddBlur(CLI::App& app, Options& options) {
 void AddEnlarge(CLI::App& app, Options& options) {
   CLI::App* command = AddPictureCommand(app, options, "enlarge", "Enlarge a picture twofold");
   command->footer(kEnlargeExamples);
+}
+
+void AddDetect(CLI::App& app, Options& options) {
+  CLI::App* command = app.add_subcommand("detect", "Measure the blur and the JPEG compression of pictures");
+  command->add_option("input", options.inputs, "Pictures and folders of pictures")->required()->type_name("FILE");
+  command->add_flag("--json", options.json, "Print JSON instead of a table");
+  AddRunning(*command, options);
+  command->footer(kDetectExamples);
 }
 
 void AddDemo(CLI::App& app, Options& options) {
@@ -177,7 +226,22 @@ Command CommandNamed(const std::string& name) {
   if (name == "restore") return Command::kRestore;
   if (name == "blur") return Command::kBlur;
   if (name == "members") return Command::kMembers;
+  if (name == "detect") return Command::kDetect;
   return name == "enlarge" ? Command::kEnlarge : Command::kDemo;
+}
+
+// The file beside `input` that restoring writes by itself: photo.jpg becomes photo-restored.jpg.
+std::string RestoredName(const std::string& input) {
+  const std::filesystem::path path = input;
+  return path.parent_path() / (path.stem().string() + "-restored" + path.extension().string());
+}
+
+// What restoring was told; the rest is for detection.
+void FillSettings(Options& options) {
+  options.output_named = !options.output.empty();
+  if (!options.output_named) options.output = RestoredName(options.input);
+  options.settings.width = options.width.value_or(0);
+  options.settings.jpeg = options.jpeg.value_or(0);
 }
 
 std::string VersionText() {
@@ -209,6 +273,7 @@ std::optional<ExitStatus> ParseOptions(int argc, char** argv, Options& options) 
   app.require_subcommand(1);
   AddRestore(app, options);
   AddBlur(app, options);
+  AddDetect(app, options);
   AddEnlarge(app, options);
   AddDemo(app, options);
   AddMembers(app, options);
@@ -227,6 +292,11 @@ std::optional<ExitStatus> ParseOptions(int argc, char** argv, Options& options) 
   }
   options.command = CommandNamed(command);
   if (options.command == Command::kEnlarge) options.enlarge = true;
+  if (options.command == Command::kRestore) {
+    if (options.settings.direction != 0 && !options.width)
+      return TellError("--direction needs --width: the width of a motion is not detected", command);
+    FillSettings(options);
+  }
   if (options.command == Command::kDemo && options.settings.width == 0) options.settings.width = kDefaultDemoWidth;
   return std::nullopt;
 }

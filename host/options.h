@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "tile_task.h"
 
@@ -11,14 +12,18 @@ namespace kelvo::host {
 
 enum ExitStatus { kSuccess = 0, kFailure = 1, kWrongUsage = 2 };
 
-enum class Command { kRestore, kBlur, kEnlarge, kDemo, kMembers };
+enum class Command { kRestore, kBlur, kDetect, kEnlarge, kDemo, kMembers };
 
 struct Options {
   Command command = Command::kRestore;
-  std::string input;         // file
-  std::string output;        // file; for the demo a folder
-  RestoreSettings settings;  // blurring uses width, direction and raw_values only
-  bool enlarge = false;      // twofold, after restoring
+  std::string input;                // file
+  std::string output;               // file; for the demo a folder
+  bool output_named = true;         // false: restoring has chosen it
+  RestoreSettings settings;         // blurring uses width, direction and raw_values only
+  std::optional<int> width;         // restore: as given; nothing: to be detected. settings.width is then 0
+  std::optional<int> jpeg;          // likewise
+  bool enlarge = false;             // twofold, after restoring
+  std::vector<std::string> inputs;  // detect: files and folders
   bool force = false;
   bool quiet = false;
   int threads = 0;  // 0: one per core

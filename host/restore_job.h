@@ -6,7 +6,8 @@
 
 namespace kelvo::host {
 
-// Restores, blurs or enlarges options.input into options.output. Notes and the progress bar go to standard error.
+// Restores, blurs or enlarges options.input into options.output. What was found in the picture and what is done about it
+// goes to standard output, notes and the progress bar to standard error, none of them if options.quiet.
 // Throws HostError with the file and the reason.
 void RunPictureJob(const Options& options);
 

@@ -48,6 +48,8 @@ TileTask RestoreTask(const RestoreSettings& settings) {
   params.RemoveNoise = settings.noise;
   params.Accuracy = settings.accuracy;
   params.JPGCompression = settings.jpeg;
+  params.JPGHorizontalOffset = settings.jpeg_column;
+  params.JPGVerticalOffset = settings.jpeg_row;
   const uint32_t variant = settings.classic ? 0 : KELVO_VARIANT_UNDO_ROUND_MOVES | KELVO_VARIANT_SIGNED_MOTION;
   const auto call = [variant](TileParams& block, int32_t* heap) {
     return kelvo_focus_tile_with(&block, heap, variant);

@@ -29,6 +29,8 @@ struct RestoreSettings {
   int noise = 0;         // -1..3
   int accuracy = 0;      // -2..2
   int jpeg = 0;          // 0..80
+  int jpeg_column = 0;   // 0..7, phase of the block grid in the picture
+  int jpeg_row = 0;      // 0..7
   bool classic = false;  // the plain pair search, without undoing its trial moves
   bool raw_values = false;
 };

@@ -1,6 +1,8 @@
 // The functions of kelvo.h: empty the message, validate, call, return.
 #include <cstring>
 
+#include "analysis/blur_width.h"
+#include "analysis/jpeg_grid.h"
 #include "api/dispatch.h"
 #include "api/validate.h"
 #include "enlarge/enlarge.h"
@@ -27,8 +29,6 @@ int32_t* HeapOf(const TileParams* params) {
   // NOLINTNEXTLINE(performance-no-int-to-ptr): the block carries an address by definition
   return reinterpret_cast<int32_t*>(static_cast<uintptr_t>(params->WorkHeap));
 }
-
-void NotBuiltYet() {}
 
 }  // namespace
 }  // namespace kelvo
@@ -57,12 +57,14 @@ int32_t KELVO_CALL kelvo_focus_tile(TileParams* params, int32_t* work_heap) {
   return kelvo_focus_tile_with(params, work_heap, 0);
 }
 
-int32_t KELVO_CALL kelvo_detect_blur_width_for_tile(TileParams* params, int32_t* /*work_heap*/) {
-  return kelvo::Run(params, kelvo::CheckSize, kelvo::NotBuiltYet);
+int32_t KELVO_CALL kelvo_detect_blur_width_for_tile(TileParams* params, int32_t* work_heap) {
+  return kelvo::Run(params, kelvo::CheckSize,
+                    [&] { kelvo::DetectBlurWidth(kelvo::Tile(*params, work_heap, kelvo::BaselineRoutines())); });
 }
 
-int32_t KELVO_CALL kelvo_detect_jpg_compression_for_tile(TileParams* params, int32_t* /*work_heap*/) {
-  return kelvo::Run(params, kelvo::CheckJpgDetection, kelvo::NotBuiltYet);
+int32_t KELVO_CALL kelvo_detect_jpg_compression_for_tile(TileParams* params, int32_t* work_heap) {
+  return kelvo::Run(params, kelvo::CheckJpgDetection,
+                    [&] { kelvo::DetectJpegGrid(kelvo::Tile(*params, work_heap, kelvo::BaselineRoutines())); });
 }
 
 int32_t KELVO_CALL kelvo_increase_resolution(TileParams* params, int32_t* work_heap) {

@@ -54,6 +54,9 @@ constexpr int32_t Clamp(int32_t value, int32_t low, int32_t high) {
 constexpr int32_t TruncToInt(float value) {
   return value >= -2147483648.0f && value < 2147483648.0f ? static_cast<int32_t>(value) : INT32_MIN;
 }
+constexpr int32_t TruncToInt(double value) {
+  return value > -2147483649.0 && value < 2147483648.0 ? static_cast<int32_t>(value) : INT32_MIN;
+}
 constexpr uint32_t TruncToUint(double value) {
   return value >= 0.0 && value < 4294967296.0 ? static_cast<uint32_t>(value) : 0;
 }

@@ -55,6 +55,10 @@ constexpr RefineRow kRefine[] = {
 
 }  // namespace
 
+int32_t JpegLevel(int32_t compression) {
+  return std::min(compression / 10, 6);
+}
+
 void SetUpSchedule(TileParams& params) {
   const int width = BlurWidth(params);
   const int accuracy = Clamp(params.Accuracy, -2, 2);
@@ -65,7 +69,7 @@ void SetUpSchedule(TileParams& params) {
   params.ExtraIterations = table.passes[1].iterations[width];
   TrimIterations(params, accuracy);
   SetShortcut(params, width, accuracy);
-  params.JPGLevel = std::min(params.JPGCompression / 10, 6);
+  params.JPGLevel = JpegLevel(params.JPGCompression);
   params.NoiseFloor = table.noise_floor[width];
 }
 

@@ -10,6 +10,9 @@ namespace kelvo {
 inline constexpr uint32_t kAxisPairs = 4;      // horizontal and vertical pairs move
 inline constexpr uint32_t kDiagonalPairs = 8;  // diagonal and anti-diagonal pairs move
 
+// De-blocking level of a strength of JPEG compression: a tenth, truncated toward zero, at most 6.
+int32_t JpegLevel(int32_t compression);
+
 // First step of every run of width 1..20: sets CurveIndex, ModelFlags, IterationCount, ExtraIterations, ShortcutMode,
 // JPGLevel and NoiseFloor from BlurSpec, Accuracy (out of -2..2: the nearest) and JPGCompression.
 void SetUpSchedule(TileParams& params);

@@ -21,9 +21,11 @@ inline constexpr int kCoreEnd = KELVO_CORE_START + KELVO_CORE_SIZE;
 enum Plane : int {
   kDisplay = 0,        // tile in and result out, display values
   kEstimate = 1,       // the restored tile, linear values
+  kLinear = 1,         // blur width: the tile in linear light
   kPreSmoothed = 2,    // pre-filter: what the classification measures
   kFloor = 2,          // restoration: minimum of the first blurred estimate over the blur's footprint
   kBlurred = 3,        // the estimate blurred by the model; cells 0..8191 are the weight tables
+  kJpegResidual = 3,   // JPEG grid: smoothed minus own value, bit 0 set where nothing is counted
   kObserved = 4,       // what the restoration fits
   kStaged = 5,         // the pre-filtered tile, display values, then linear ones
   kResidual = 6,       // low byte of a cell: detail that the pre-filter removed, quarters of a grey level

@@ -215,7 +215,7 @@ test_usage() {
   checks=$((checks + 1))
   grep -q '^kelvo [0-9.]* (library [0-9]*)$' out || fail "--version"
   local command
-  for command in "" restore blur enlarge demo members; do
+  for command in "" restore blur detect enlarge demo members; do
     run 0 $command --help
     checks=$((checks + 1))
     grep -q "kelvo ${command:-restore} .*" out && grep -q "^Examples:" out || fail "$command --help has no examples"
@@ -223,17 +223,21 @@ test_usage() {
   run 2
   says "subcommand"
   run 2 sharpen rgb.png
-  says '"sharpen"; there are restore, blur, enlarge, demo'
-  run 2 restore rgb.png --width 3
+  says '"sharpen"; there are restore, blur, detect, enlarge, demo'
+  run 2 blur rgb.png --width 3
   says "--output is required"
-  run 2 restore rgb.png -o a.png
+  run 2 blur rgb.png -o a.png
   says "--width is required"
+  run 2 detect
+  says "input is required"
   run 2 restore rgb.png -o a.png --width 3 --sharper
   says "--sharper"
   run 2 blur rgb.png -o a.png --width 21
   says '"21" is not a whole number in 0..20'
   run 2 restore rgb.png -o a.png --width 3.5
-  says '"3.5" is not a whole number in 0..20'
+  says '"3.5" is not a whole number in 0..20 and not "auto"'
+  run 2 restore rgb.png -o a.png --jpeg some
+  says '"some" is not a whole number in 0..80 and not "auto"'
   run 2 restore rgb.png -o a.png --width 3 --noise 4
   says '"4" is not a whole number in -1..3'
   run 2 restore rgb.png -o a.png --width 3 --accuracy -3
@@ -357,7 +361,7 @@ test_full_disc() {
     (
       trap '' XFSZ
       ulimit -f 4
-      exec "$kelvo" restore rgb.png -o "limit.$suffix" --width 3
+      exec "$kelvo" restore rgb.png -o "limit.$suffix" --width 3 --quiet
     ) 2>err && fail "no error beyond the limit on file size, $suffix"
     says "cannot write \"limit.$suffix\""
     [ -z "$(find . -name '.kelvo-*' -o -name 'limit.*')" ] || fail "a file remained beyond the limit, $suffix"
@@ -373,6 +377,95 @@ test_full_disc() {
     [ -z "$(ls -A disc)" ] || fail "something remained on the full disk, $suffix"
   done
   umount disc
+}
+
+# told TEXT: the last run printed this.
+told() {
+  checks=$((checks + 1))
+  grep -qF -- "$1" out || fail "not printed: $1 (but $(cat out))"
+}
+
+# Squares, sharp and defocused, and the latter as a JPEG cut so that its grid lies at 5,3.
+make_subjects() {
+  vips black dark.v 27 27 && vips linear dark.v light.v 0 200 && vips linear dark.v grey.v 0 40
+  vips join light.v grey.v pair.v horizontal && vips join grey.v light.v turned.v horizontal
+  vips join pair.v turned.v board.v vertical && vips replicate board.v many.v 6 5
+  vips cast many.v squares.png uchar
+  "$kelvo" blur squares.png -o round.png --width 4 || exit 1
+  vips jpegsave round.png round.jpg --Q 40
+  vips extract_area round.jpg cut.png 3 5 280 230
+}
+
+test_detect() {
+  make_subjects
+  mkdir -p album && cp round.jpg album/2.jpg && cp squares.png album/1.png && echo "no picture" >album/notes.txt
+  run 0 detect squares.png round.png cut.png album
+  silent "detect"
+  checks=$((checks + 1))
+  awk 'NR == 1 {next} {w[$1] = $5; n++} END {
+    exit !(n == 5 && w["squares.png"] == 0 && w["album/1.png"] == 0 && w["round.png"] >= 3 && w["round.png"] <= 5)}' out ||
+    fail "detect: $(cat out)"
+  checks=$((checks + 1))
+  [ "$(awk '$1 == "cut.png" || $1 == "album/2.jpg" {print $NF}' out)" = "5,3
+0,0" ] || fail "grids: $(cat out)"
+  run 1 detect --json squares.png none.png album cut-gray.png
+  says 'cannot read "none.png": No such file'
+  says '"cut-gray.png"'
+  checks=$((checks + 1))
+  python3 - <<'PYTHON' || fail "JSON: $(cat out)"
+import json
+list_ = json.load(open("out"))
+assert [entry["file"] for entry in list_] == ["squares.png", "none.png", "album/1.png", "album/2.jpg", "cut-gray.png"]
+assert [("error" in entry) for entry in list_] == [False, True, False, False, True]
+jpeg = list_[3]
+assert jpeg["columns"] == 324 and jpeg["rows"] == 270 and jpeg["jpeg"]["strength"] >= 20
+assert jpeg["jpeg"]["column_phase"] == jpeg["jpeg"]["row_phase"] == 0
+assert len(jpeg["votes"]) == len(jpeg["smoothed_votes"]) == 21 and sum(jpeg["votes"]) > 0
+PYTHON
+  mkdir -p bare
+  run 1 detect bare
+  says 'no picture in the folder "bare"'
+  run 0 detect --threads 1 cut.png && cp out one
+  run 0 detect --threads 3 cut.png
+  cmp -s one out || fail "threads change what is detected"
+}
+
+test_auto() {
+  mkdir -p "auto" && cp round.png auto/soft.png && cp squares.png auto/sharp.png && cp cut.png auto/cut.png
+  run 0 restore auto/soft.png
+  silent "restoring without options"
+  told "auto/soft.png: blur of width "
+  told "into auto/soft-restored.png"
+  local width
+  width=$(sed -n 's/.*restoring with width \([0-9]*\).*/\1/p' out)
+  run 0 restore auto/soft.png -o auto/given.png --width "$width" --jpeg 0 --quiet
+  same_pixels auto/soft-restored.png auto/given.png
+  [ ! -s out ] || fail "--quiet printed: $(cat out)"
+  run 1 restore auto/soft.png
+  says "use --force"
+  # The grid of a cut JPEG goes to the library: another phase gives another picture.
+  run 0 restore auto/cut.png --width "$width"
+  told "grid at 5,3"
+  told "at 5,3, into auto/cut-restored.png"
+  vips extract_area auto/cut.png auto/moved.png 1 0 279 230
+  run 0 restore auto/cut.png -o auto/given.png --width "$width" --jpeg 60 --force
+  told "JPEG strength 60 at 5,3"
+  run 0 restore auto/moved.png --width "$width" --jpeg auto
+  told "at 4,3"
+  # Sharp: nothing is written unless asked.
+  run 0 restore auto/sharp.png --width auto
+  told "no blur"
+  told "nothing written"
+  checks=$((checks + 1))
+  [ ! -e auto/sharp-restored.png ] || fail "a sharp picture was copied"
+  run 0 restore auto/sharp.png -o auto/copy.png
+  told "written as it is"
+  same_pixels auto/sharp.png auto/copy.png
+  run 0 restore auto/sharp.png --width 0
+  same_pixels auto/sharp.png auto/sharp-restored.png
+  vips black auto/black.png 200 150
+  run 0 restore auto/black.png
+  told "no edges"
 }
 
 test_demo() {
@@ -404,6 +497,8 @@ test_names
 test_force
 for signal in INT TERM; do test_signal $signal; done
 test_full_disc
+test_detect
+test_auto
 test_demo
 echo "$checks checks, $failures failures"
 [ "$failures" = 0 ]

@@ -98,6 +98,9 @@ TEST_CASE("known answers: motion focus") {
 TEST_CASE("known answers: variants of round and motion focus") {
   RunGroup("variants");
 }
+TEST_CASE("known answers: JPEG grid and blur width") {
+  RunGroup("analysis");
+}
 
 TEST_CASE("known answers: enlargement") {
   RunGroup("enlarge");

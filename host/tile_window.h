@@ -1,0 +1,43 @@
+// The pixels around a tile of a picture, mirrored at the picture's borders.
+#ifndef KELVO_HOST_TILE_WINDOW_H
+#define KELVO_HOST_TILE_WINDOW_H
+
+#include <array>
+#include <vips/vips8>
+
+#include "tiling.h"
+
+namespace kelvo::host {
+
+// One thread's view of a picture. All bands have the type that the caller names T, uint8_t or uint16_t.
+class TileWindow {
+ public:
+  // `image` must allow access in any order and outlive the window. Throws std::bad_alloc.
+  explicit TileWindow(VipsImage* image);
+  TileWindow(const TileWindow&) = delete;
+  TileWindow& operator=(const TileWindow&) = delete;
+  ~TileWindow();
+
+  // Evaluates the pixels of the tile whose core starts at this row and column. False with a message in the libvips
+  // error buffer.
+  bool MoveTo(int top, int left);
+
+  int bands() const { return region_->im->Bands; }
+
+  // Writes sample(first band of the pixel) for every cell of the tile, row by row.
+  template <typename T, typename Function>
+  void Fill(int32_t* cell, Function sample) const {
+    for (const int row : rows_) {
+      const T* samples = reinterpret_cast<const T*>(VIPS_REGION_ADDR(region_, region_->valid.left, row));
+      for (const int column : columns_) *cell++ = sample(samples + (column - region_->valid.left) * bands());
+    }
+  }
+
+ private:
+  VipsRegion* region_;
+  std::array<int, KELVO_TILE_SIZE> rows_{}, columns_{};
+};
+
+}  // namespace kelvo::host
+
+#endif  // KELVO_HOST_TILE_WINDOW_H
