@@ -75,13 +75,13 @@ TEST_CASE("lines and kernels of motion members have their control numbers") {
 
 TEST_CASE("a member tells its squares, its smoother, its taps and how the tile is turned") {
   const Json member = DescribeMember(20, 199);  // a line at 19 degrees
-  const std::vector<std::pair<const char*, int>> numbers = {
+  const std::vector<std::pair<std::string, int>> numbers = {
       {"folded", 19},      {"bucket", 4},       {"angle", 20},        {"passes", 2},       {"scale_shift", 1},
       {"margin", 37},      {"extra_margin", 2}, {"final_margin", 11}, {"sweep_size", 150}, {"line_minimum_size", 156},
       {"reblur_size", 182}};
-  for (const auto& [name, value] : numbers) {
-    CAPTURE(name);
-    CHECK(member[name] == value);
+  for (const auto& number : numbers) {
+    CAPTURE(number.first);
+    CHECK(member[number.first] == number.second);
   }
   CheckLine(member["observed_smoother"], {9, 36, 4, 1908874353});
   std::vector<int> shares;
