@@ -252,7 +252,7 @@ test_usage() {
     done
   done
   run 2 restore rgb.png -o a.png --direction 30
-  says "--width is required"
+  says "--direction needs --width"
   run 2 restore rgb.png -o a.png --width 3 --threads 0
   says "1..1024"
   checks=$((checks + 1))
