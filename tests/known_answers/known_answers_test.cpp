@@ -5,29 +5,13 @@
 #include <nlohmann/json.hpp>
 
 #include "support/fields.h"
+#include "support/library.h"
 #include "support/tiles.h"
 
 namespace kelvo::test {
 namespace {
 
 using nlohmann::json;
-
-int32_t Call(Bench& bench, int ordinal, uint32_t variant) {
-  switch (ordinal) {
-    case 3:
-      return kelvo_defocus_tile(&bench.params, bench.heap());
-    case 4:
-      return kelvo_focus_tile_with(&bench.params, bench.heap(), variant);
-    case 5:
-      return kelvo_detect_blur_width_for_tile(&bench.params, bench.heap());
-    case 6:
-      return kelvo_detect_jpg_compression_for_tile(&bench.params, bench.heap());
-    case 7:
-      return kelvo_increase_resolution(&bench.params, bench.heap());
-    default:
-      throw std::invalid_argument("no export with ordinal " + std::to_string(ordinal));
-  }
-}
 
 void SetField(TileParams& params, const std::string& name, const json& value) {
   int32_t* word = FieldWord(params, name);
@@ -61,7 +45,7 @@ void RunStep(Bench& bench, const json& step) {
   if (step.contains("set"))
     for (const auto& [name, value] : step["set"].items()) SetField(bench.params, name, value);
   if (step.contains("tile")) Fill(bench, step["tile"]);
-  const int32_t result = Call(bench, step["op"], step.value("variant", 0u));
+  const int32_t result = CallLibrary(step["op"], bench.params, bench.heap(), step.value("variant", 0u));
   const json& expect = step["expect"];
   CHECK(result == expect["result"].get<int32_t>());
   CHECK(std::string(bench.params.Message) == expect["message"].get<std::string>());
