@@ -117,11 +117,12 @@ Json DescribeSchedule(int width, int direction, int passes) {
     params.BlurSpec = static_cast<uint32_t>(width) | static_cast<uint32_t>(direction) << 8;
     params.Accuracy = accuracy;
     SetUpSchedule(params);
-    Json iterations = {params.IterationCount};
-    Json refinements = {RefinementsOf(params, params.IterationCount)};
-    if (passes == 2) {
-      iterations.push_back(params.ExtraIterations);
-      refinements.push_back(RefinementsOf(params, params.ExtraIterations));
+    // Not braced lists: of one element, compilers take them for the element or for an array.
+    Json iterations = Json::array(), refinements = Json::array();
+    const int counts[] = {params.IterationCount, params.ExtraIterations};
+    for (int pass = 0; pass < passes; ++pass) {
+      iterations.push_back(counts[pass]);
+      refinements.push_back(RefinementsOf(params, counts[pass]));
     }
     schedule.push_back({{"accuracy", accuracy}, {"iterations", iterations}, {"refinements", refinements}});
   }

@@ -98,10 +98,10 @@ TEST_CASE("a member tells its squares, its smoother, its taps and how the tile i
 
 TEST_CASE("iterations follow the effort") {
   const Json schedule = DescribeMember(12, 180)["schedule"];
-  CHECK(schedule[0]["iterations"] == Json({1, 0}));
-  CHECK(schedule[4]["iterations"] == Json({2, 2}));
-  CHECK(schedule[4]["refinements"] == Json({{8, 6}, {8, 6}}));
-  CHECK(DescribeMember(5, 0)["schedule"][4]["refinements"] == Json(std::vector<Json>{{3, 2, 1, 0, 0}}));
+  CHECK(schedule[0]["iterations"] == Json::parse("[1, 0]"));
+  CHECK(schedule[4]["iterations"] == Json::parse("[2, 2]"));
+  CHECK(schedule[4]["refinements"] == Json::parse("[[8, 6], [8, 6]]"));
+  CHECK(DescribeMember(5, 0)["schedule"][4]["refinements"] == Json::parse("[[3, 2, 1, 0, 0]]"));
 }
 
 bool Shows(const std::string& text, const std::string& part) {
