@@ -3,7 +3,7 @@
 // Every number is the least of several runs on the same generated tile, on one thread. The share of the pair search is
 // taken inside the driver, by timing the move stage of each iteration.
 //
-//   kelvo-bench [REPEATS [round|motion|detect|enlarge]]     everything, or one part
+//   kelvo-bench [REPEATS [round|motion|detect|enlarge|stack]]     everything, or one part
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -12,6 +12,7 @@
 #include "enlarge_bench.h"
 #include "motion_bench.h"
 #include "round/focus_driver.h"
+#include "stack_bench.h"
 #include "stages/routines.h"
 #include "timing.h"
 
@@ -141,5 +142,6 @@ int main(int argc, char** argv) {
   if (all || part == "motion") kelvo::bench::PrintMotion(repeats);
   if (all || part == "detect") kelvo::bench::PrintAnalysis(repeats);
   if (all || part == "enlarge") kelvo::bench::PrintEnlargement(repeats);
+  if (all || part == "stack") kelvo::bench::PrintStack();
   return 0;
 }
