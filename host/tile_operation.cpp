@@ -23,14 +23,14 @@ bool MayGoOn() {
   return false;
 }
 
-vips::VImage TilesOf(VipsImage* out, VipsImage* in, int scale, VipsStartFn start, VipsGenerateFn generate,
-                     VipsStopFn stop, void* settings) {
+vips::VImage TilesOf(VipsImage* out, VipsImage* in, int scale, const Generator& generator) {
   // The tile operation reads `in` for as long as it lives.
   g_object_set_data_full(G_OBJECT(out), "kelvo-input", g_object_ref(in), g_object_unref);
   if (vips_image_pipelinev(out, VIPS_DEMAND_STYLE_SMALLTILE, in, nullptr) != 0) throw vips::VError();
   out->Xsize *= scale;
   out->Ysize *= scale;
-  if (vips_image_generate(out, start, generate, stop, in, settings) != 0) throw vips::VError();
+  if (vips_image_generate(out, generator.start, generator.compute, generator.stop, in, generator.settings) != 0)
+    throw vips::VError();
   g_object_ref(out);  // taken over by the next line
   return vips::VImage(out).tilecache(vips::VImage::option()
                                          ->set("tile_width", int{KELVO_CORE_SIZE})
