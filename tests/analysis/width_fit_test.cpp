@@ -23,7 +23,8 @@ double PlainCost(const EdgeProfile& profile, int shift, int width, int64_t left,
   const auto residual = [&](int j) { return profile[shift + j] - (left + Modelled(width, j, step)); };
   for (int j = -reach; j <= reach; ++j) sum += residual(j);
   for (int j = -reach; j <= reach; ++j) misfit += std::abs(residual(j) - sum / count);
-  return static_cast<double>(misfit / count) * 100.0 / static_cast<double>(std::abs(step));
+  const int64_t mean_residual = misfit / count;
+  return static_cast<double>(mean_residual) * 100.0 / static_cast<double>(std::abs(step));
 }
 
 std::optional<WidthFit> PlainFit(const EdgeProfile& profile) {

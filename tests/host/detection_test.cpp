@@ -94,6 +94,18 @@ TEST_CASE("the JPEG grid of a cut picture is found") {
   }
 }
 
+TEST_CASE("strength and phase of the grid go into the block that restores") {
+  RestoreSettings settings;
+  settings.width = 3;
+  settings.jpeg = 30;
+  settings.jpeg_column = 5;
+  settings.jpeg_row = 2;
+  const TileParams params = RestoreTask(settings).params;
+  CHECK(params.JPGCompression == 30);
+  CHECK(params.JPGHorizontalOffset == 5);
+  CHECK(params.JPGVerticalOffset == 2);
+}
+
 TEST_CASE("a verdict can be had on sums beyond 32 bits") {
   DetectionSums sums;
   sums.votes[7] = int64_t{3} << 40;
