@@ -11,10 +11,10 @@
 
 #include "kelvo/kelvo.h"
 
-typedef int32_t(KELVO_CALL *QueryFunction)(void);
-typedef int32_t(KELVO_CALL *TileFunction)(TileParams *);
+typedef int32_t(KELVO_CALL* QueryFunction)(void);
+typedef int32_t(KELVO_CALL* TileFunction)(TileParams*);
 
-static FARPROC find(HMODULE library, const char *name) {
+static FARPROC find(HMODULE library, const char* name) {
   FARPROC function = GetProcAddress(library, name);
   if (function == NULL) {
     fprintf(stderr, "Kelvo.dll has no function %s\n", name);
@@ -25,7 +25,7 @@ static FARPROC find(HMODULE library, const char *name) {
 
 /* A host would copy its image here: 256 x 256 samples of one channel, of which the middle 128 x 128 are restored.
  * 8-bit levels count 128 each. */
-static void draw_tile(int32_t *tile) {
+static void draw_tile(int32_t* tile) {
   int row, column;
   for (row = 0; row < KELVO_TILE_SIZE; ++row)
     for (column = 0; column < KELVO_TILE_SIZE; ++column)
@@ -33,7 +33,7 @@ static void draw_tile(int32_t *tile) {
 }
 
 /* Mean distance of the core from that of `wanted`, in grey levels. */
-static double distance(const int32_t *tile, const int32_t *wanted) {
+static double distance(const int32_t* tile, const int32_t* wanted) {
   double sum = 0;
   int row, column;
   for (row = KELVO_CORE_START; row < KELVO_CORE_START + KELVO_CORE_SIZE; ++row)
@@ -43,8 +43,8 @@ static double distance(const int32_t *tile, const int32_t *wanted) {
 }
 
 /* Blurs the whole tile. A call changes the core alone, so the tile is shifted under it, quarter by quarter. */
-static void blur_tile(TileFunction defocus, TileParams *block, int32_t *heap, int32_t *tile) {
-  int32_t *source = (int32_t *)malloc(sizeof(int32_t) * 65536);
+static void blur_tile(TileFunction defocus, TileParams* block, int32_t* heap, int32_t* tile) {
+  int32_t* source = (int32_t*)malloc(sizeof(int32_t) * 65536);
   int top, left, row, column;
   memcpy(source, tile, sizeof(int32_t) * 65536);
   for (top = 0; top < 256; top += 128)
@@ -77,9 +77,9 @@ int main(void) {
   defocus = (TileFunction)find(library, "KVDLL_DefocusTile");
   focus = (TileFunction)find(library, "KVDLL_FocusTile");
 
-  heap = (int32_t *)malloc(sizeof(int32_t) * (size_t)heap_size()); /* the tile is its first 65536 words */
-  tile = (int32_t *)malloc(sizeof(int32_t) * 65536);
-  wanted = (int32_t *)malloc(sizeof(int32_t) * 65536);
+  heap = (int32_t*)malloc(sizeof(int32_t) * (size_t)heap_size()); /* the tile is its first 65536 words */
+  tile = (int32_t*)malloc(sizeof(int32_t) * 65536);
+  wanted = (int32_t*)malloc(sizeof(int32_t) * 65536);
 
   memset(&block, 0, sizeof block);
   block.StructureSize = sizeof block;

@@ -119,10 +119,10 @@ Json DescribeSchedule(int width, int direction, int passes) {
     SetUpSchedule(params);
     // Not braced lists: of one element, compilers take them for the element or for an array.
     Json iterations = Json::array(), refinements = Json::array();
-    const int counts[] = {params.IterationCount, params.ExtraIterations};
-    for (int pass = 0; pass < passes; ++pass) {
-      iterations.push_back(counts[pass]);
-      refinements.push_back(RefinementsOf(params, counts[pass]));
+    for (int pass = 1; pass <= passes; ++pass) {
+      const int count = pass == 1 ? params.IterationCount : params.ExtraIterations;
+      iterations.push_back(count);
+      refinements.push_back(RefinementsOf(params, count));
     }
     schedule.push_back({{"accuracy", accuracy}, {"iterations", iterations}, {"refinements", refinements}});
   }

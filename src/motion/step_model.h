@@ -35,7 +35,7 @@ struct StepSide {
 
 // A moved cell, and the cells around it that do not move.
 struct MovedCell {
-  int8_t count;
+  int16_t count;
   std::array<int16_t, 8> neighbours;
 };
 

@@ -39,16 +39,16 @@ class StepTrial {
   // Blurred minus observed; padding counts nothing.
   void ReadSide(const StepSide& side, uint32_t* residuals) const {
     const int32_t *blurred = sweep_.blurred + cell_, *observed = sweep_.observed + cell_;
-    for (int i = 0; i < side.count; ++i) {
+    for (int i = 0; i < side.padded; ++i) {
       const int cell = side.cells[static_cast<size_t>(i)];
-      residuals[i] = Bits(blurred[cell]) - Bits(observed[cell]);
+      residuals[i] = i < side.count ? Bits(blurred[cell]) - Bits(observed[cell]) : 0;
     }
-    for (int i = side.count; i < side.padded; ++i) residuals[i] = 0;
   }
 
   static uint32_t Misfit(const StepSide& side, const uint32_t* residuals, uint32_t scaled) {
     uint32_t misfit = 0;
     for (int i = 0; i < side.padded; ++i)
+      // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): ReadSide has filled as many
       misfit += Magnitude(residuals[i] + Bits(side.amounts[static_cast<size_t>(i)]) * scaled);
     return misfit;
   }

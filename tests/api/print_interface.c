@@ -11,13 +11,10 @@
 #if defined(_WIN32)
 #include <windows.h>
 
-static const char* const names[] = {"KVDLL_GetHeapSize",
-                                    "KVDLL_GetVersionNumber",
-                                    "KVDLL_DefocusTile",
-                                    "KVDLL_FocusTile",
-                                    "KVDLL_DetectBlurWidthForTile",
-                                    "KVDLL_DetectJPGCompressionForTile",
-                                    "KVDLL_IncreaseResolution"};
+static const char* const names[] = {
+    "KVDLL_GetHeapSize",       "KVDLL_GetVersionNumber",       "KVDLL_DefocusTile",
+    "KVDLL_FocusTile",         "KVDLL_DetectBlurWidthForTile", "KVDLL_DetectJPGCompressionForTile",
+    "KVDLL_IncreaseResolution"};
 
 /* Who removed the argument: 0 bytes by the callee are cdecl. */
 static int bytes_removed(FARPROC function, TileParams* params) {
@@ -44,7 +41,8 @@ static int print_exports(void) {
     TileParams refused = {0};
     refused.JPGHorizontalOffset = 8; /* no call gets past its checks */
     if (function == NULL || function != GetProcAddress(library, names[ordinal - 1])) return 1;
-    printf("export %d %s %s\n", ordinal, names[ordinal - 1], bytes_removed(function, &refused) == 0 ? "cdecl" : "other");
+    printf("export %d %s %s\n", ordinal, names[ordinal - 1],
+           bytes_removed(function, &refused) == 0 ? "cdecl" : "other");
   }
   return 0;
 }
