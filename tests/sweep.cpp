@@ -1,7 +1,7 @@
 // kelvo_sweep: runs focus on a heap between guard pages, with wild values in the fields that nobody checks. A read or
 // write outside the heap ends it; a result that is no display value is a failure.
 //
-//   kelvo_sweep slice                      round: every other pair of width and Accuracy; motion: every third member;
+//   kelvo_sweep slice                      round: every third pair of width and Accuracy; motion: every fifth member;
 //                                          the rest takes turns
 //   kelvo_sweep round FIRST LAST [FILE...] every Accuracy and RemoveNoise at widths FIRST..LAST, on generated tiles and
 //                                          on those in the files: 65536 display values, little-endian 32-bit, row by
@@ -94,13 +94,13 @@ class Sweep {
 };
 
 void RunSlice(Sweep& sweep) {
-  for (int turn = 0; turn < 5 * kelvo::kMaxWidth; turn += 2)
+  for (int turn = 0; turn < 5 * kelvo::kMaxWidth; turn += 3)
     sweep.Run(static_cast<size_t>(turn),
-              {turn / 5 + 1, 0, turn % 5 - 2, turn * 3 % 5 - 1, turn / 2 % 2 == 0 ? 1u : 0u});
-  for (int index = 0; index < kelvo::motion::kMembers; index += 3) {
+              {turn / 5 + 1, 0, turn % 5 - 2, turn * 3 % 5 - 1, turn / 3 % 2 == 0 ? 1u : 0u});
+  for (int index = 0; index < kelvo::motion::kMembers; index += 5) {
     const kelvo::motion::Name name = kelvo::motion::NameOf(index);
     const int directions[] = {name.angle + 180, 90 - name.angle, 90 + name.angle, 180 - name.angle};
-    sweep.Run(static_cast<size_t>(index / 3),
+    sweep.Run(static_cast<size_t>(index / 5),
               {name.width, directions[index % 4], index % 2 - 2, index % 5 - 1, index % 2 == 0 ? 2u : 0u});
   }
 }

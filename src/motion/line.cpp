@@ -5,7 +5,7 @@
 namespace kelvo {
 namespace {
 
-using motion::kLineReach;
+using motion::CellsOf;
 using motion::LineGrid;
 
 using LineBuilder = StencilBuilder<256, 4>;
@@ -19,19 +19,19 @@ constexpr int FloorLog2(int value) {
 // The weights as a stencil. Every bit of the weights is one partial sum of the cells that have it; the shifts leave the
 // total between two and four times a weight of one, which uses 32 bits well, and the normaliser does the rest.
 constexpr LineBuilder IntegerForm(const LineGrid& weights) {
-  const int total = motion::TotalOf(weights), log = FloorLog2(total);
-  const int shift = total == 1 << log ? log : log - 1;
+  const motion::LineCells line = CellsOf(weights);
+  const int log = FloorLog2(line.total), shift = line.total == 1 << log ? log : log - 1;
   LineBuilder builder;
   for (int bit = 3; bit >= 0; --bit) {
     bool open = false;
-    for (int up = kLineReach; up >= -kLineReach; --up)
-      for (int column = -kLineReach; column <= kLineReach; ++column) {
-        assert(weights.At(column, up) < 16);
-        if ((weights.At(column, up) >> bit & 1) == 0) continue;
-        if (!open) builder.Open(shift - bit);
-        open = true;
-        builder.Add(-up, column);
-      }
+    for (size_t i = 0; i < static_cast<size_t>(line.count); ++i) {
+      const motion::LineCell& cell = line.cells[i];
+      assert(cell.weight < 16);
+      if ((cell.weight >> bit & 1) == 0) continue;
+      if (!open) builder.Open(shift - bit);
+      open = true;
+      builder.Add(-cell.up, cell.column);
+    }
   }
   return builder.Normalise();
 }
@@ -41,11 +41,11 @@ struct CellList {
   size_t count = 0;
 };
 
-constexpr CellList CellsOf(const LineGrid& line) {
+constexpr CellList DistancesOf(const LineGrid& weights) {
+  const motion::LineCells line = CellsOf(weights);
   CellList list;
-  for (int up = kLineReach; up >= -kLineReach; --up)
-    for (int column = -kLineReach; column <= kLineReach; ++column)
-      if (line.At(column, up) != 0) list.cells[list.count++] = static_cast<int16_t>(CellsTo(-up, column));
+  for (; list.count < static_cast<size_t>(line.count); ++list.count)
+    list.cells[list.count] = static_cast<int16_t>(CellsTo(-line.cells[list.count].up, line.cells[list.count].column));
   return list;
 }
 
@@ -58,7 +58,7 @@ constexpr LineBuilder kBareLine = IntegerForm(motion::DrawBareLine(MemberAt(inde
 template <int index>
 constexpr LineBuilder kModelLine = IntegerForm(motion::DrawModelLine(MemberAt(index)));
 template <int index>
-constexpr CellList kModelCells = CellsOf(motion::DrawModelLine(MemberAt(index)));
+constexpr CellList kModelCells = DistancesOf(motion::DrawModelLine(MemberAt(index)));
 template <int bucket>
 constexpr LineBuilder kObserved = IntegerForm(motion::DrawObservedSmoother(5 * bucket));
 

@@ -55,11 +55,33 @@ class Grid {
 inline constexpr int kLineReach = 13;
 using LineGrid = Grid<int16_t, kLineReach>;
 
+// The cells of a drawn line that have weight, row by row from the top, left to right.
+struct LineCell {
+  int16_t column, up, weight;
+};
+struct LineCells {
+  std::array<LineCell, 160> cells{};
+  int count = 0;
+  int columns = 0, rows = 0;  // how far the line reaches
+  int total = 0;              // of the weights
+};
+
+constexpr LineCells CellsOf(const LineGrid& line) {
+  LineCells list;
+  for (int up = kLineReach; up >= -kLineReach; --up)
+    for (int column = -kLineReach; column <= kLineReach; ++column) {
+      const int16_t weight = line.At(column, up);
+      if (weight == 0) continue;
+      list.cells[static_cast<size_t>(list.count++)] = {static_cast<int16_t>(column), static_cast<int16_t>(up), weight};
+      list.total += weight;
+      list.columns = column > list.columns ? column : list.columns;  // lines are symmetric
+      list.rows = up > list.rows ? up : list.rows;
+    }
+  return list;
+}
+
 constexpr int TotalOf(const LineGrid& line) {
-  int total = 0;
-  for (int up = -kLineReach; up <= kLineReach; ++up)
-    for (int column = -kLineReach; column <= kLineReach; ++column) total += line.At(column, up);
-  return total;
+  return CellsOf(line).total;
 }
 
 // Puts `weight` into column `column` of the line that runs `above` rows above the centre line. The height at the

@@ -40,43 +40,40 @@ constexpr void SetNeighbours(StepModel& model) {
   }
 }
 
-using Response = motion::Grid<int32_t, motion::kLineReach + 3>;
+// Numbers by cell around a pixel, as far out as a line and an operator reach.
+struct Response {
+  static constexpr int kReach = motion::kLineReach + 3;
+  motion::Grid<int64_t, kReach> amounts;
+  int columns = 0, rows = 0;
+};
 
 // 65520 times the blur's answer to a step of one, per cell. The model's weights are those of the drawn line.
-constexpr Response Respond(const OperatorTaps& taps, const motion::LineGrid& line) {
-  motion::Grid<int64_t, Response::kReach> sums;
+constexpr Response Respond(const OperatorTaps& taps, const motion::LineCells& line) {
+  Response response;
+  response.columns = line.columns + 3;
+  response.rows = line.rows + 3;
   for (int i = 0; i < taps.count; ++i) {
     const OperatorTap& tap = taps.taps[static_cast<size_t>(i)];
-    for (int up = -motion::kLineReach; up <= motion::kLineReach; ++up)
-      for (int column = -motion::kLineReach; column <= motion::kLineReach; ++column)
-        if (line.At(column, up) != 0)
-          sums.At(tap.column + column, tap.up + up) +=
-              int64_t{tap.sign} * HalvesOf(tap) * tap.share * line.At(column, up);
+    const int64_t part = int64_t{tap.sign} * HalvesOf(tap) * tap.share;
+    for (size_t k = 0; k < static_cast<size_t>(line.count); ++k)
+      response.amounts.At(tap.column + line.cells[k].column, tap.up + line.cells[k].up) += part * line.cells[k].weight;
   }
-  const int64_t unit = int64_t{2} * 65536 * motion::TotalOf(line);
-  Response response;
-  for (int up = -Response::kReach; up <= Response::kReach; ++up)
-    for (int column = -Response::kReach; column <= Response::kReach; ++column)
-      response.At(column, up) = static_cast<int32_t>(sums.At(column, up) * 65520 / unit);
+  const int64_t unit = int64_t{2} * 65536 * line.total;
+  for (int up = -response.rows; up <= response.rows; ++up)
+    for (int column = -response.columns; column <= response.columns; ++column)
+      response.amounts.At(column, up) = response.amounts.At(column, up) * 65520 / unit;
   return response;
 }
 
 // Intended: width 1 at 45 degrees has amounts of its own.
 constexpr Response SteepNarrowResponse() {
   Response response;
-  response.At(0, 0) = 33408;
-  response.At(-1, -1) = -33408;
-  response.At(1, 1) = 10692;
-  response.At(-2, -2) = -10692;
+  response.columns = response.rows = 2;
+  response.amounts.At(0, 0) = 33408;
+  response.amounts.At(-1, -1) = -33408;
+  response.amounts.At(1, 1) = 10692;
+  response.amounts.At(-2, -2) = -10692;
   return response;
-}
-
-constexpr int LargestOf(const Response& response) {
-  int largest = 0;
-  for (int up = -Response::kReach; up <= Response::kReach; ++up)
-    for (int column = -Response::kReach; column <= Response::kReach; ++column)
-      if (Abs(response.At(column, up)) > largest) largest = Abs(response.At(column, up));
-  return largest;
 }
 
 constexpr void Insert(StepSide& side, int cell, int amount) {
@@ -102,10 +99,15 @@ constexpr void Finish(StepSide& side) {
 // Cells below a sixteenth of the largest amount are left out: they are the noise that rounding the line to eighths
 // leaves along its inside, nearly half of the cells and a twentieth of the response.
 constexpr void SetSides(StepModel& model, const Response& response) {
-  const int largest = LargestOf(response);
-  for (int up = Response::kReach; up >= -Response::kReach; --up)
-    for (int column = -Response::kReach; column <= Response::kReach; ++column) {
-      const int amount = response.At(column, up);
+  int largest = 0;
+  for (int up = response.rows; up >= -response.rows; --up)
+    for (int column = -response.columns; column <= response.columns; ++column) {
+      const int amount = Abs(static_cast<int>(response.amounts.At(column, up)));
+      if (amount > largest) largest = amount;
+    }
+  for (int up = response.rows; up >= -response.rows; --up)
+    for (int column = -response.columns; column <= response.columns; ++column) {
+      const int amount = static_cast<int>(response.amounts.At(column, up));
       if (amount == 0 || 16 * Abs(amount) < largest) continue;
       Insert(amount > 0 ? model.rising : model.falling, CellsTo(-up, column), Abs(amount));
     }
@@ -133,8 +135,9 @@ constexpr StepModel MakeModel(StepKind kind, int index) {
   model.taps = motion::MakeTaps(kind == StepKind::kFine ? FineOperator(member.width) : CoarseOperator(member.width),
                                 member.angle);
   SetNeighbours(model);
-  SetSides(model, member.width == 1 && member.angle == 45 ? SteepNarrowResponse()
-                                                          : Respond(model.taps, motion::DrawModelLine(member)));
+  SetSides(model, member.width == 1 && member.angle == 45
+                      ? SteepNarrowResponse()
+                      : Respond(model.taps, motion::CellsOf(motion::DrawModelLine(member))));
   model.rising.pixel = MostMoved(model.taps, 1);
   model.falling.pixel = MostMoved(model.taps, -1);
   return model;

@@ -93,12 +93,15 @@ constexpr void SetSpread(PairModel& model, PairKind kind, const PairShape& shape
 
 // Change of the blurred estimate at a cell by one unit, 1/65536. A tent's middle is a whole unit, as in a fine pair.
 constexpr int32_t Response(const WeightGrid& weights, PairKind kind, const PairShape& shape, int row, int column) {
+  const auto difference = [&](int y, int x) {
+    return weights.At(row - shape.b.row - y, column - shape.b.column - x) -
+           weights.At(row - shape.a.row - y, column - shape.a.column - x);
+  };
+  if (kind == PairKind::kFine) return difference(0, 0);
   int32_t sum = 0;
   for (int y = -1; y <= 1; ++y)
-    for (int x = -1; x <= 1; ++x)
-      sum += SpreadWeight(kind, y, x) * (weights.At(row - shape.b.row - y, column - shape.b.column - x) -
-                                         weights.At(row - shape.a.row - y, column - shape.a.column - x));
-  return kind == PairKind::kFine ? sum : sum / 4;
+    for (int x = -1; x <= 1; ++x) sum += TentWeight(y, x) * difference(y, x);
+  return sum / 4;
 }
 
 // The rising side of the response, and the falling one by symmetry. Of a coarse pair's response the cells below a

@@ -1,0 +1,3 @@
+// The test framework itself, compiled once for all test programs.
+#define DOCTEST_CONFIG_IMPLEMENT
+#include <doctest/doctest.h>
