@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdlib>
+#include <cstring>
 
 #include "analysis/edge_model.h"
 #include "stages/fixed_point.h"
@@ -74,10 +74,24 @@ double Cost(const EdgeProfile& profile, Candidate candidate) {
   return mean_residual * 100.0 / std::abs(levels.step);
 }
 
-// Bounds are worked for all shifts at once: lane l is shift l - 4. The last three lanes fill whole vectors and mean
-// nothing.
-constexpr int kLanes = 12;
+// Bounds are worked for all shifts at once, in vectors of four: lane l is shift l - 4. The last three lanes fill whole
+// vectors and mean nothing.
+constexpr int kVectors = 3;
+constexpr int kLanes = 4 * kVectors;
 using Lanes = float[kLanes];
+using Floats = float __attribute__((vector_size(16)));
+using Ints = int32_t __attribute__((vector_size(16)));
+
+template <class Vector, class Number>
+Vector LoadVector(const Number* from) {
+  Vector v;
+  std::memcpy(&v, from, sizeof v);
+  return v;
+}
+
+Floats Distance(Floats v) {
+  return reinterpret_cast<Floats>(reinterpret_cast<Ints>(v) & INT32_MAX);
+}
 
 // The profile as the bounds read it: samples, and sums of all samples before. Zeros follow for the idle lanes.
 struct Sums {
@@ -97,31 +111,30 @@ struct Sums {
 // comes from sums of samples. What single precision and truncation may lose is taken off: 17 of the mean residual, 2 of
 // the step.
 void BoundCosts(const Sums& sums, int width, Lanes& bounds) {
-  constexpr int kFirst = kProfileReach - kGreatestShift;
-  const float* samples = sums.samples + kFirst;
-  const int32_t* before = sums.before + kFirst;
   const LevelSamples at(width);
+  const int32_t* model = EdgeModel(width);
   const int slope = ModelReach(width), reach = ComparedReach(width);
-  const float flat = static_cast<float>(reach - slope), count = static_cast<float>(2 * reach + 1);
-  Lanes step, low, high, misfit;  // low, high: the levels of both sides, off by the mean residual
-  for (int l = 0; l < kLanes; ++l) {
-    step[l] = (samples[l + at.far] + samples[l + at.near] - samples[l - at.far] - samples[l - at.near]) * 0.5f;
-    const float all = static_cast<float>(before[l + reach + 1] - before[l - reach]);
-    low[l] = (all - step[l] * static_cast<float>(reach + 1)) / count;
-    high[l] = low[l] + step[l];
-    const float left = static_cast<float>(before[l - slope] - before[l - reach]);
-    const float right = static_cast<float>(before[l + reach + 1] - before[l + slope]);
-    misfit[l] = std::fabs(left - flat * low[l]) + std::fabs(right - (flat + 1) * high[l]);
-  }
-  for (int i = 0; i < slope; ++i) {
-    // By symmetry the share before the edge is also what the model lacks behind it.
-    const float share = static_cast<float>(EdgeModel(width)[-1 - i]) / 65536.0f;
-    for (int l = 0; l < kLanes; ++l) {
-      const float part = share * step[l];
-      misfit[l] += std::fabs(samples[l + i] - high[l] + part) + std::fabs(samples[l - 1 - i] - low[l] - part);
+  const float flat = static_cast<float>(reach - slope), share_of_one = 1.0f / static_cast<float>(2 * reach + 1);
+  for (int v = 0; v < kVectors; ++v) {
+    const float* samples = sums.samples + kProfileReach - kGreatestShift + 4 * v;
+    const int32_t* before = sums.before + kProfileReach - kGreatestShift + 4 * v;
+    const auto sample = [samples](int i) { return LoadVector<Floats>(samples + i); };
+    const auto sum = [before](int first, int end) {
+      return __builtin_convertvector(LoadVector<Ints>(before + end) - LoadVector<Ints>(before + first), Floats);
+    };
+    const Floats step = (sample(at.far) + sample(at.near) - sample(-at.far) - sample(-at.near)) * 0.5f;
+    // The levels of both sides, off by the mean residual.
+    const Floats low = (sum(-reach, reach + 1) - step * static_cast<float>(reach + 1)) * share_of_one;
+    const Floats high = low + step;
+    Floats misfit = Distance(sum(-reach, -slope) - flat * low) + Distance(sum(slope, reach + 1) - (flat + 1) * high);
+    for (int i = 0; i < slope; ++i) {
+      // By symmetry the share before the edge is also what the model lacks behind it.
+      const Floats part = step * (static_cast<float>(model[-1 - i]) * (1.0f / 65536.0f));
+      misfit += Distance(sample(i) - high + part) + Distance(sample(-1 - i) - low - part);
     }
+    const Floats bound = (misfit * share_of_one - 17.0f) * 99.99f / (Distance(step) + 2.0f);
+    std::memcpy(bounds + 4 * v, &bound, sizeof bound);
   }
-  for (int l = 0; l < kLanes; ++l) bounds[l] = (misfit[l] / count - 17.0f) * 99.99f / (std::fabs(step[l]) + 2.0f);
 }
 
 // The width with the least bound, for every lane.
