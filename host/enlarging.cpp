@@ -10,6 +10,7 @@
 #include "stages/routines.h"
 #include "staging.h"
 #include "tile_operation.h"
+#include "tile_window.h"
 #include "tiling.h"
 #include "weighted_colour.h"
 #include "xmp_size.h"
@@ -31,20 +32,13 @@ struct Bands {
 class Worker {
  public:
   Worker(VipsImage* image, const Bands& bands)
-      : bands_(bands), region_(vips_region_new(image)), heap_(KELVO_HEAP_WORDS), alpha_changes_(kCorePixels) {
-    if (region_ == nullptr) throw std::bad_alloc();
-  }
-  Worker(const Worker&) = delete;
-  Worker& operator=(const Worker&) = delete;
-  ~Worker() { g_object_unref(region_); }
+      : bands_(bands), window_(image), heap_(KELVO_HEAP_WORDS), alpha_changes_(kCorePixels) {}
 
   template <Sample T>
   bool Compute(VipsRegion* out) {
-    rows_ = SourcePositions(out->valid.top, region_->im->Ysize);
-    columns_ = SourcePositions(out->valid.left, region_->im->Xsize);
-    VipsRect source = SourceArea();
-    if (vips_region_prepare(region_, &source) != 0) return false;
-    const int bands = region_->im->Bands;
+    if (!window_.MoveTo(CoreStart(out->valid.top), CoreStart(out->valid.left), {kContextFirst, kContextEnd}))
+      return false;
+    const int bands = window_.bands();
     const bool has_alpha = bands == bands_.colour_bands + 1;
     if (has_alpha) EnlargeAlpha<T>(out, bands - 1);
     for (int band = 0; band < (has_alpha ? bands - 1 : bands); ++band) {
@@ -59,25 +53,8 @@ class Worker {
  private:
   static constexpr int kCorePixels = KELVO_CORE_SIZE * KELVO_CORE_SIZE;
 
-  // The picture row (or column) of every tile row, for the output tile that starts at `start`.
-  static std::array<int, KELVO_TILE_SIZE> SourcePositions(int start, int size) {
-    return MirroredPositions(start / 2 - (kSourceFirst - KELVO_CORE_START), size);
-  }
-
-  VipsRect SourceArea() const {
-    const auto range = [](const auto& positions) {
-      return std::minmax_element(positions.begin() + kContextFirst, positions.begin() + kContextEnd);
-    };
-    const auto [top, bottom] = range(rows_);
-    const auto [left, right] = range(columns_);
-    return {*left, *top, *right - *left + 1, *bottom - *top + 1};
-  }
-
-  // All bands of the pixel of the picture at a place of the tile.
-  template <Sample T>
-  const T* Pixel(int tile_row, int tile_column) const {
-    return reinterpret_cast<const T*>(VIPS_REGION_ADDR(region_, columns_[tile_column], rows_[tile_row]));
-  }
+  // Where the core of the tile starts whose middle the output tile at `start` stems from.
+  static int CoreStart(int start) { return start / 2 - (kSourceFirst - KELVO_CORE_START); }
 
   // Stages what `display` makes of a pixel, and runs the library.
   template <Sample T, class Display>
@@ -86,7 +63,7 @@ class Worker {
     const Tile tile(params, heap_.data(), BaselineRoutines());
     for (int row = kContextFirst; row < kContextEnd; ++row)
       for (int column = kContextFirst; column < kContextEnd; ++column)
-        tile.At(kDisplay, row, column) = display(Pixel<T>(row, column));
+        tile.At(kDisplay, row, column) = display(window_.Pixel<T>(row, column));
     EnlargeCentre(tile);
   }
 
@@ -98,7 +75,7 @@ class Worker {
       T* sample = reinterpret_cast<T*>(VIPS_REGION_ADDR(out, core.left, core.top + row)) + band;
       const int32_t* result = &heap_[KELVO_TILE_SIZE * (KELVO_CORE_START + row) + KELVO_CORE_START];
       for (int column = 0; column < core.width; ++column, sample += out->im->Bands)
-        merge(*sample, Pixel<T>(kSourceFirst + row / 2, kSourceFirst + column / 2), result[column],
+        merge(*sample, window_.Pixel<T>(kSourceFirst + row / 2, kSourceFirst + column / 2), result[column],
               KELVO_CORE_SIZE * row + column);
     }
   }
@@ -131,11 +108,9 @@ class Worker {
   }
 
   const Bands& bands_;
-  VipsRegion* region_;
+  TileWindow window_;
   std::vector<int32_t> heap_;
   std::vector<int32_t> alpha_changes_;  // display values, by output pixel of the tile
-  std::array<int, KELVO_TILE_SIZE> rows_{};
-  std::array<int, KELVO_TILE_SIZE> columns_{};
 };
 
 void RequireRoom(const vips::VImage& image) {

@@ -79,7 +79,7 @@ Json DescribeResponse(const StepModel& model) {
   };
   add(model.rising, 1);
   add(model.falling, -1);
-  return {{"largest", model.rising.amounts[0]},
+  return {{"largest", std::max(model.rising.amounts[0], model.falling.amounts[0])},
           {"rising_pixel", CellAt(KeyOf(model.rising.pixel))},
           {"falling_pixel", CellAt(KeyOf(model.falling.pixel))},
           {"cells", CellsWith("amount", amounts)}};

@@ -7,6 +7,7 @@
 
 #include "staging.h"
 #include "tile_operation.h"
+#include "tile_window.h"
 
 namespace kelvo::host {
 namespace {
@@ -21,23 +22,14 @@ struct Operation {
 class Worker {
  public:
   Worker(VipsImage* image, const Operation& operation)
-      : operation_(operation), region_(vips_region_new(image)), heap_(KELVO_HEAP_WORDS) {
-    if (region_ == nullptr) throw std::bad_alloc();
-  }
-  Worker(const Worker&) = delete;
-  Worker& operator=(const Worker&) = delete;
-  ~Worker() { g_object_unref(region_); }
+      : operation_(operation), window_(image), heap_(KELVO_HEAP_WORDS) {}
 
   // Computes the tile whose core covers the valid area of `out`. False with a message in the libvips error buffer.
   template <Sample T>
   bool Compute(VipsRegion* out) {
     const VipsRect core = out->valid;
     assert(core.top % KELVO_CORE_SIZE == 0 && core.left % KELVO_CORE_SIZE == 0);  // the tile cache asks so
-    const VipsImage* picture = region_->im;
-    rows_ = MirroredPositions(core.top, picture->Ysize);
-    columns_ = MirroredPositions(core.left, picture->Xsize);
-    VipsRect source = SourceArea();
-    if (vips_region_prepare(region_, &source) != 0) return false;
+    if (!window_.MoveTo(core.top, core.left)) return false;
     CopyCore(out);
     for (int band = 0; band < operation_.colour_bands; ++band) {
       Stage<T>(band);
@@ -48,35 +40,18 @@ class Worker {
   }
 
  private:
-  // The part of the picture that holds every mirrored row and column.
-  VipsRect SourceArea() const {
-    const auto [top, bottom] = std::minmax_element(rows_.begin(), rows_.end());
-    const auto [left, right] = std::minmax_element(columns_.begin(), columns_.end());
-    return {*left, *top, *right - *left + 1, *bottom - *top + 1};
-  }
-
-  template <Sample T>
-  const T* PictureRow(int row) const {
-    return reinterpret_cast<const T*>(VIPS_REGION_ADDR(region_, region_->valid.left, row));
-  }
-
   // All bands as they are, so that the ones the task does not touch are already right.
   void CopyCore(VipsRegion* out) const {
     const VipsRect& core = out->valid;
     for (int row = core.top; row < core.top + core.height; ++row) {
-      std::copy_n(VIPS_REGION_ADDR(region_, core.left, row), VIPS_REGION_SIZEOF_LINE(out),
+      std::copy_n(VIPS_REGION_ADDR(window_.region(), core.left, row), VIPS_REGION_SIZEOF_LINE(out),
                   VIPS_REGION_ADDR(out, core.left, row));
     }
   }
 
   template <Sample T>
   void Stage(int band) {
-    const int bands = region_->im->Bands;
-    int32_t* cell = heap_.data();
-    for (int row : rows_) {
-      const T* samples = PictureRow<T>(row) + band;
-      for (int column : columns_) *cell++ = DisplayOf(samples[(column - region_->valid.left) * bands]);
-    }
+    window_.Fill<T>(heap_.data(), [band](const T* pixel) { return DisplayOf(pixel[band]); });
   }
 
   bool Call(const VipsRect& core) {
@@ -118,25 +93,12 @@ class Worker {
   }
 
   const Operation& operation_;
-  VipsRegion* region_;
+  TileWindow window_;
   std::vector<int32_t> heap_;
   std::vector<int32_t> flat_ground_;  // by staged value, from the first call on
-  std::array<int, KELVO_TILE_SIZE> rows_{};
-  std::array<int, KELVO_TILE_SIZE> columns_{};
 };
 
 }  // namespace
-
-std::array<int, KELVO_TILE_SIZE> MirroredPositions(int start, int size) {
-  std::array<int, KELVO_TILE_SIZE> positions;
-  const int64_t period = 2 * int64_t{size};
-  int64_t position = int64_t{start} - KELVO_CORE_START;
-  for (int& mirrored : positions) {
-    const int64_t phase = (position++ % period + period) % period;
-    mirrored = static_cast<int>(std::min(phase, period - 1 - phase));
-  }
-  return positions;
-}
 
 vips::VImage ProcessTiles(const vips::VImage& image, int colour_bands, const TileTask& task) {
   return InTiles<Worker>(image, 1, Operation{task, colour_bands});

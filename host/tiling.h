@@ -2,17 +2,11 @@
 #ifndef KELVO_HOST_TILING_H
 #define KELVO_HOST_TILING_H
 
-#include <array>
 #include <vips/vips8>
 
 #include "tile_task.h"
 
 namespace kelvo::host {
-
-// For each of the 256 rows (or columns) of a tile, the picture row it is read from. `start` is the picture row of the
-// tile's first core row, `size` (at least 1) the number of picture rows. Rows outside are mirrored at the picture's
-// borders, the border row itself being repeated: -1 is row 0, -2 is row 1; small pictures are mirrored many times.
-std::array<int, KELVO_TILE_SIZE> MirroredPositions(int start, int size);
 
 // A picture whose first `colour_bands` bands are the task's results; the other bands are those of `image`.
 //

@@ -19,9 +19,9 @@ bool Refused(TileParams& params, const Verdict& verdict) {
 }
 
 template <class Check, class Process>
-int32_t Run(TileParams* params, Check check, Process process) {
+int32_t Run(TileParams* params, int32_t* work_heap, Check check, Process process, uint32_t variant = 0) {
   const Verdict verdict = check(*params);
-  if (!Refused(*params, verdict)) process();
+  if (!Refused(*params, verdict)) process(Tile(*params, work_heap, BaselineRoutines(), variant));
   return verdict.code;
 }
 
@@ -44,13 +44,11 @@ int32_t KELVO_CALL KVDLL_GetVersionNumber(void) {
 }
 
 int32_t KELVO_CALL kelvo_defocus_tile(TileParams* params, int32_t* work_heap) {
-  return kelvo::Run(params, kelvo::CheckDefocus,
-                    [&] { kelvo::Defocus(kelvo::Tile(*params, work_heap, kelvo::BaselineRoutines())); });
+  return kelvo::Run(params, work_heap, kelvo::CheckDefocus, kelvo::Defocus);
 }
 
 int32_t KELVO_CALL kelvo_focus_tile_with(TileParams* params, int32_t* work_heap, uint32_t variant) {
-  return kelvo::Run(params, kelvo::CheckFocus,
-                    [&] { kelvo::Focus(kelvo::Tile(*params, work_heap, kelvo::BaselineRoutines(), variant)); });
+  return kelvo::Run(params, work_heap, kelvo::CheckFocus, kelvo::Focus, variant);
 }
 
 int32_t KELVO_CALL kelvo_focus_tile(TileParams* params, int32_t* work_heap) {
@@ -58,18 +56,15 @@ int32_t KELVO_CALL kelvo_focus_tile(TileParams* params, int32_t* work_heap) {
 }
 
 int32_t KELVO_CALL kelvo_detect_blur_width_for_tile(TileParams* params, int32_t* work_heap) {
-  return kelvo::Run(params, kelvo::CheckSize,
-                    [&] { kelvo::DetectBlurWidth(kelvo::Tile(*params, work_heap, kelvo::BaselineRoutines())); });
+  return kelvo::Run(params, work_heap, kelvo::CheckSize, kelvo::DetectBlurWidth);
 }
 
 int32_t KELVO_CALL kelvo_detect_jpg_compression_for_tile(TileParams* params, int32_t* work_heap) {
-  return kelvo::Run(params, kelvo::CheckJpgDetection,
-                    [&] { kelvo::DetectJpegGrid(kelvo::Tile(*params, work_heap, kelvo::BaselineRoutines())); });
+  return kelvo::Run(params, work_heap, kelvo::CheckJpgDetection, kelvo::DetectJpegGrid);
 }
 
 int32_t KELVO_CALL kelvo_increase_resolution(TileParams* params, int32_t* work_heap) {
-  return kelvo::Run(params, kelvo::CheckSize,
-                    [&] { kelvo::Enlarge(kelvo::Tile(*params, work_heap, kelvo::BaselineRoutines())); });
+  return kelvo::Run(params, work_heap, kelvo::CheckSize, kelvo::Enlarge);
 }
 
 int32_t KELVO_CALL KVDLL_DefocusTile(TileParams* params) {

@@ -6,16 +6,27 @@
 
 namespace kelvo {
 
+namespace {
+
+constexpr Routines kPlain = {plain::StencilRow,     plain::MinimumRow,   plain::PairRow,    plain::StepRow,
+                             plain::ShapeCornerRow, plain::FillNotchRow, plain::JoinLineRow};
+
+constexpr Routines MakeBaseline() {
+  Routines routines = kPlain;
+  routines.step_row = lanes::StepRow;
+  return routines;
+}
+
+constexpr Routines kBaseline = MakeBaseline();
+
+}  // namespace
+
 const Routines& PlainRoutines() {
-  static constexpr Routines kRoutines = {plain::StencilRow,     plain::MinimumRow,   plain::PairRow,    plain::StepRow,
-                                         plain::ShapeCornerRow, plain::FillNotchRow, plain::JoinLineRow};
-  return kRoutines;
+  return kPlain;
 }
 
 const Routines& BaselineRoutines() {
-  static constexpr Routines kRoutines = {plain::StencilRow,     plain::MinimumRow,   plain::PairRow,    lanes::StepRow,
-                                         plain::ShapeCornerRow, plain::FillNotchRow, plain::JoinLineRow};
-  return kRoutines;
+  return kBaseline;
 }
 
 }  // namespace kelvo

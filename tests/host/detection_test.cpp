@@ -7,7 +7,7 @@
 
 #include "pictures.h"
 #include "staging.h"
-#include "tiling.h"
+#include "tile_window.h"
 
 namespace kelvo::host {
 namespace {

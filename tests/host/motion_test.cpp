@@ -16,13 +16,6 @@ constexpr int kRareness = 8;
 constexpr int kRareness = 1;
 #endif
 
-// Each sample as a flat picture of its own: a single pixel, mirrored into a whole tile, with a band for every sample.
-template <typename T>
-void CheckFlatPictures(const std::vector<T>& samples, const TileTask& task) {
-  const int bands = static_cast<int>(samples.size());
-  CHECK(SamplesOf<T>(ProcessTiles(PictureOf(samples, 1, 1, bands), bands, task)) == samples);
-}
-
 std::vector<uint8_t> Levels(int first, int step) {
   std::vector<uint8_t> levels;
   for (int level = first; level < 256; level += step) levels.push_back(static_cast<uint8_t>(level));

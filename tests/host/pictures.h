@@ -2,11 +2,15 @@
 #ifndef KELVO_TESTS_HOST_PICTURES_H
 #define KELVO_TESTS_HOST_PICTURES_H
 
+#include <doctest/doctest.h>
+
 #include <cstdint>
 #include <random>
 #include <type_traits>
 #include <vector>
 #include <vips/vips8>
+
+#include "tiling.h"
 
 namespace kelvo::host {
 
@@ -42,6 +46,18 @@ std::vector<T> Scene(int width, int height, int bands, unsigned seed) {
     }
   }
   return samples;
+}
+
+// A task leaves flat ground as it is. Each sample is a flat picture of its own: a single pixel, mirrored into a whole
+// tile, with a band for every sample.
+template <typename T>
+void CheckFlatPictures(const std::vector<T>& samples, const TileTask& task) {
+  const int bands = static_cast<int>(samples.size());
+  const std::vector<T> results = SamplesOf<T>(ProcessTiles(PictureOf(samples, 1, 1, bands), bands, task));
+  for (int i = 0; i < bands; ++i) {
+    CAPTURE(samples[i]);
+    REQUIRE(results[i] == samples[i]);
+  }
 }
 
 }  // namespace kelvo::host

@@ -13,17 +13,6 @@
 namespace kelvo::host {
 namespace {
 
-// Each sample as a flat picture of its own: a single pixel, mirrored into a whole tile, with a band for every sample.
-template <typename T>
-void CheckFlatPictures(const std::vector<T>& samples, const TileTask& task) {
-  const int bands = static_cast<int>(samples.size());
-  const std::vector<T> results = SamplesOf<T>(ProcessTiles(PictureOf(samples, 1, 1, bands), bands, task));
-  for (int i = 0; i < bands; ++i) {
-    CAPTURE(samples[i]);
-    REQUIRE(results[i] == samples[i]);
-  }
-}
-
 #if defined(__SANITIZE_ADDRESS__)
 constexpr int kStep = 7;  // the sanitizers make a tile slow
 #else
