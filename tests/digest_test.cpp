@@ -24,7 +24,7 @@ class Digest {
   }
 
   // Calls take turns in tiles and in RemoveNoise.
-  void Call(int ordinal, const TileParams& settings) {
+  void Call(int ordinal, const TileParams& settings, uint32_t variant = 0) {
     const std::vector<int32_t>& tile = tiles_[static_cast<size_t>(++turn_ % 4)];
     std::copy(tile.begin(), tile.end(), bench_.heap());
     const uint32_t heap = bench_.params.WorkHeap;
@@ -32,7 +32,7 @@ class Digest {
     bench_.params.WorkHeap = heap;
     bench_.params.StructureSize = sizeof(TileParams);
     bench_.params.RemoveNoise = turn_ % 5 - 1;
-    Add(Bits(CallLibrary(ordinal, bench_.params, bench_.heap(), 0)));
+    Add(Bits(CallLibrary(ordinal, bench_.params, bench_.heap(), variant)));
     Add(bench_.CoreCrc());
     const TileParams& p = bench_.params;
     for (const int32_t field : {p.DetectedBlurWidth, p.JPGHorizontalOffset, p.JPGVerticalOffset, p.JPGCompression,
@@ -78,6 +78,20 @@ TEST_CASE("digest: restoring, every width at every level, every direction") {
   for (int direction = 1; direction < 360; ++direction)
     digest.Call(4, Blur(direction * 7 % 21, direction, direction % 40 == 0 ? 2 : direction % 9 == 0 ? 0 : -2));
   CHECK(digest.value() == 488381377u);
+}
+
+TEST_CASE("digest: restoring with every set of variants") {
+  const std::pair<uint32_t, uint32_t> pinned[] = {{3, 3286962887u},  {4, 3849876373u},  {8, 2943453828u},
+                                                  {15, 1075721487u}, {24, 4156691713u}, {28, 3181240887u}};
+  for (const auto& [variant, value] : pinned) {
+    Digest digest;
+    for (int turn = 0; turn < 20; ++turn) {
+      const int direction = turn % 3 == 0 ? 0 : 1 + turn * 61 % 359;
+      digest.Call(4, Blur(1 + turn, direction, variant < 16 ? -2 + turn % 7 / 6 : turn % 5 - 2), variant);
+    }
+    CAPTURE(variant);
+    CHECK(digest.value() == value);
+  }
 }
 
 }  // namespace

@@ -41,6 +41,13 @@ TileCells FromFile(const char* path) {
   return cells;
 }
 
+// What takes turns: search alone, after a fit, a fit alone.
+constexpr uint32_t kFit = KELVO_VARIANT_KEEP_FRACTION | KELVO_VARIANT_FIT;
+uint32_t VariantOf(size_t turn, uint32_t search) {
+  const uint32_t variants[] = {0, search, search | kFit, kFit | KELVO_VARIANT_FIT_ALONE};
+  return variants[turn % 4];
+}
+
 struct Setting {
   int width, direction, accuracy, noise;
   uint32_t variant;
@@ -80,6 +87,7 @@ class Sweep {
     params.BlurSpec = static_cast<uint32_t>(s.width) | static_cast<uint32_t>(s.direction) << 8;
     params.Accuracy = s.accuracy;
     params.RemoveNoise = s.noise;
+    if (s.noise == 0) params.ImageWidth = params.ImageHeight = INT32_MAX;
     if (s.accuracy % 2 == 0) params.JPGCompression = params.TileTop = params.JPGHorizontalOffset = INT32_MAX;
     std::copy(tile.begin(), tile.end(), heap_.cells());
     if (kelvo_focus_tile_with(&params, heap_.cells(), s.variant) != KELVO_OK) return false;
@@ -96,32 +104,34 @@ class Sweep {
 void RunSlice(Sweep& sweep) {
   for (int turn = 0; turn < 5 * kelvo::kMaxWidth; turn += 3)
     sweep.Run(static_cast<size_t>(turn),
-              {turn / 5 + 1, 0, turn % 5 - 2, turn * 3 % 5 - 1, turn / 3 % 2 == 0 ? 1u : 0u});
+              {turn / 5 + 1, 0, turn % 5 - 2, turn * 3 % 5 - 1, VariantOf(static_cast<size_t>(turn / 3), 1)});
   for (int index = 0; index < kelvo::motion::kMembers; index += 5) {
     const kelvo::motion::Name name = kelvo::motion::NameOf(index);
     const int directions[] = {name.angle + 180, 90 - name.angle, 90 + name.angle, 180 - name.angle};
-    sweep.Run(static_cast<size_t>(index / 5),
-              {name.width, directions[index % 4], index % 2 - 2, index % 5 - 1, index % 2 == 0 ? 2u : 0u});
+    sweep.Run(static_cast<size_t>(index / 5), {name.width, directions[index % 4], index % 2 - 2, index % 5 - 1,
+                                               VariantOf(static_cast<size_t>(index), 2)});
   }
 }
 
 void RunRound(Sweep& sweep, int first, int last) {
-  uint32_t turn = 0;
+  size_t turn = 0;
   for (int width = first; width <= last; ++width)
     for (int accuracy = -2; accuracy <= 2; ++accuracy)
       for (int noise = -1; noise <= 3; ++noise)
-        for (size_t tile = 0; tile < sweep.tiles(); ++tile) sweep.Run(tile, {width, 0, accuracy, noise, turn++ & 1u});
+        for (size_t tile = 0; tile < sweep.tiles(); ++tile)
+          sweep.Run(tile, {width, 0, accuracy, noise, VariantOf(turn++, 1)});
 }
 
 void RunMotion(Sweep& sweep, int first, int last) {
   for (int width = first; width <= last; ++width) {
     for (int direction = 1; direction < 360; ++direction)
       sweep.Run(static_cast<size_t>(direction),
-                {width, direction, -2, direction % 5 - 1, direction % 2 == 0 ? 2u : 0u});
+                {width, direction, -2, direction % 5 - 1, VariantOf(static_cast<size_t>(direction / 2), 2)});
     for (int accuracy = -1; accuracy <= 2; ++accuracy)
       for (int angle = 0; angle <= 45; angle += width <= kelvo::motion::kSharingWidths ? 15 : 5)
         sweep.Run(static_cast<size_t>(accuracy + 1 + angle),
-                  {width, 180 + angle, accuracy, accuracy == 2 ? 3 : accuracy, angle % 2 == 0 ? 2u : 0u});
+                  {width, 180 + angle, accuracy, accuracy == 2 ? 3 : accuracy,
+                   VariantOf(static_cast<size_t>(angle + accuracy), 2)});
   }
 }
 

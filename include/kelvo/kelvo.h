@@ -55,8 +55,18 @@ enum {
  * The pair search of round blur leaves its trial moves in the tile, so a result depends on where the tile's
  * border lies and neighbouring tiles do not quite meet. UNDO_ROUND_MOVES takes the moves back before the next
  * pair is searched: tiles meet, and widths from 3 on restore better.
- * SIGNED_MOTION makes the multiply-high of the motion re-blur signed, so that estimates below zero stay small. */
-enum { KELVO_VARIANT_UNDO_ROUND_MOVES = 1, KELVO_VARIANT_SIGNED_MOTION = 2 };
+ * SIGNED_MOTION makes the multiply-high of the motion re-blur signed, so that estimates below zero stay small.
+ * KEEP_FRACTION evaluates both tone curves between their entries, so that the fraction of a grey level is kept.
+ * FIT ends a run with gradient steps that make the blurred estimate agree with the tile as it was given; Accuracy and
+ * the width tell how many, RemoveNoise how much smoothness counts. It replaces the extrapolation and the return of
+ * detail. FIT_ALONE, with FIT, leaves the search out: the steps start from the tile. */
+enum {
+  KELVO_VARIANT_UNDO_ROUND_MOVES = 1,
+  KELVO_VARIANT_SIGNED_MOTION = 2,
+  KELVO_VARIANT_KEEP_FRACTION = 4,
+  KELVO_VARIANT_FIT = 8,
+  KELVO_VARIANT_FIT_ALONE = 16
+};
 
 /* The parameter, result and working block: 1004 bytes, little-endian, a fixed binary interface.
  * in: set by the host; out: set by the library; work: scratch of a call, its content on entry does not matter

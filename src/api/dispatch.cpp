@@ -15,7 +15,10 @@ void RunTurned(const Tile& tile, Routine routine) {
   const FoldedDirection folded = FoldDirection(MotionDirection(tile.params()));
   Normalise(tile, folded.fold);
   const int width = BlurWidth(tile.params());
-  if (width != 0) routine(tile, MotionMemberOf(width, BucketOf(folded.degrees)));
+  if (width != 0) {
+    const Tile turned = tile.Showing(Normalised(PictureArea(tile.params()), folded.fold));
+    routine(turned, MotionMemberOf(width, BucketOf(folded.degrees)));
+  }
   Denormalise(tile, folded.fold);
 }
 
@@ -28,7 +31,7 @@ void Defocus(const Tile& tile) {
 
 void Focus(const Tile& tile) {
   if (IsMotion(tile.params())) return RunTurned(tile, FocusMotion);
-  if (BlurWidth(tile.params()) != 0) FocusRound(tile);
+  if (BlurWidth(tile.params()) != 0) FocusRound(tile.Showing(PictureArea(tile.params())));
 }
 
 }  // namespace kelvo

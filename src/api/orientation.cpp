@@ -38,7 +38,35 @@ void Turn(const Tile& tile, Fold fold, bool clockwise) {
   }
 }
 
+// Where the picture begins or ends in a tile that starts at `tile_start` of it; any values are safe.
+int PlaceInTile(int64_t picture_position, int32_t tile_start) {
+  const int64_t place = picture_position - tile_start + KELVO_CORE_START;
+  return static_cast<int>(std::clamp<int64_t>(place, 0, kTileSize));
+}
+
 }  // namespace
+
+Area PictureArea(const TileParams& params) {
+  if (params.ImageWidth <= 0 || params.ImageHeight <= 0) return {};
+  return {PlaceInTile(0, params.TileTop), PlaceInTile(params.ImageHeight, params.TileTop),
+          PlaceInTile(0, params.TileLeft), PlaceInTile(params.ImageWidth, params.TileLeft)};
+}
+
+Area Normalised(const Area& area, Fold fold) {
+  const int top = kTileSize - area.end_row, bottom = kTileSize - area.first_row;
+  const int left = kTileSize - area.end_column, right = kTileSize - area.first_column;
+  switch (fold) {
+    case Fold::kNone:
+      break;
+    case Fold::kReflect:
+      return {left, right, top, bottom};
+    case Fold::kQuarterTurn:
+      return {area.first_column, area.end_column, top, bottom};
+    case Fold::kMirror:
+      return {area.first_row, area.end_row, left, right};
+  }
+  return area;
+}
 
 FoldedDirection FoldDirection(int direction) {
   const int angle = direction % 180;

@@ -3,13 +3,15 @@
 #include "enlarge/rules.h"
 #include "motion/step_sweep.h"
 #include "round/pair_sweep.h"
+#include "stages/fit.h"
 
 namespace kelvo {
 
 namespace {
 
-constexpr Routines kPlain = {plain::StencilRow,     plain::MinimumRow,   plain::PairRow,    plain::StepRow,
-                             plain::ShapeCornerRow, plain::FillNotchRow, plain::JoinLineRow};
+constexpr Routines kPlain = {plain::StencilRow,  plain::MinimumRow,     plain::PairRow,
+                             plain::StepRow,     plain::ShapeCornerRow, plain::FillNotchRow,
+                             plain::JoinLineRow, plain::FitSmoothRow,   plain::FitStepRow};
 
 constexpr Routines MakeBaseline() {
   Routines routines = kPlain;

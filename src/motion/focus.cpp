@@ -26,9 +26,17 @@ void StageMotion(const Tile& tile, const MotionMember& member) {
 
 }  // namespace
 
+// Lines pass more of the waves across them than discs do; short ones turn the finest waves around.
+FitFrame FitFrameOf(const MotionMember& member) {
+  const int step = member.width <= 2 ? 4 : 5;
+  return {BareLine(member), motion::LastColumn(member.width, member.angle), step, member.final_margin};
+}
+
 void FocusMotion(const Tile& tile, const MotionMember& member) {
   TileParams& params = tile.params();
   SetUpSchedule(params);
+  const FitFrame fit = FitFrameOf(member);
+  if (FitsAlone(tile)) return FinishWithFit(tile, fit, FitStart::kObserved);
   ClearPrefilterPlanes(tile);
   Prefilter(tile, member.margin, member.extra_margin);
   StageMotion(tile, member);
@@ -40,6 +48,7 @@ void FocusMotion(const Tile& tile, const MotionMember& member) {
   RunPass(tile, StepPass(member, first), 1, member.scale_shift, params.IterationCount);
   if (member.passes == 2)
     RunPass(tile, StepPass(member, StepKind::kFine), 2, member.scale_shift, params.ExtraIterations);
+  if (Fits(tile)) return FinishWithFit(tile, fit, FitStart::kEstimate);
   Extrapolate(tile, member.final_margin);
   OutputCore(tile, OutputBase::kEstimate);
 }

@@ -2,6 +2,7 @@
 
 #include "round/shortcut.h"
 #include "stages/copy.h"
+#include "stages/fit.h"
 #include "stages/output.h"
 #include "stages/point_operator.h"
 #include "stages/stencils/isotropic.h"
@@ -21,7 +22,7 @@ void OutputShortcut(const Tile& tile, const RoundMember& member) {
 Staging StageRound(const Tile& tile, const RoundMember& member) {
   const int shortcut = tile.params().ShortcutMode;
   if (shortcut != 0) SharpenStaged(tile, member);
-  if (shortcut == 3) {
+  if (shortcut == 3 && !Fits(tile)) {
     OutputShortcut(tile, member);
     return Staging::kFinished;
   }

@@ -14,6 +14,7 @@
 namespace kelvo {
 
 struct Compass;
+struct FitPace;
 struct PairSweep;
 struct StepSweep;
 
@@ -35,6 +36,13 @@ struct Routines {
                            int count);
   void (*fill_notch_row)(const int32_t* source, Compass compass, int32_t* corner, int count);
   void (*join_line_row)(const int32_t* source, Compass compass, int32_t* corner, int32_t* outside, int count);
+
+  // The fit (stages/fit.h). Adds what smoothness asks of `count` cells to their gradient, sum of pulls >> shift; reads
+  // the cells around `ahead`, 0..16711680. Gradients are within 16711680 either way before and after.
+  void (*fit_smooth_row)(const int32_t* ahead, const int32_t* limit, int shift, int32_t* gradient, int count);
+  // Takes a step against the gradient, given with its blur, both within 16711680 either way.
+  void (*fit_step_row)(const int32_t* gradient, const int32_t* blurred, FitPace pace, int32_t* ahead,
+                       int32_t* estimate, int count);
 };
 
 // One thing at a time: what the other versions are checked against.

@@ -48,6 +48,12 @@ struct Region {
   int end;
 };
 
+// Rows and columns first .. end - 1 of a tile.
+struct Area {
+  int first_row = 0, end_row = kTileSize;
+  int first_column = 0, end_column = kTileSize;
+};
+
 struct Routines;
 
 class Tile {
@@ -59,6 +65,14 @@ class Tile {
   TileParams& params() const { return *params_; }
   const Routines& routines() const { return *routines_; }
   bool Has(uint32_t variant_bit) const { return (variant_ & variant_bit) != 0; }
+
+  // The same tile, of which only `picture` shows the picture; around it the host has made the cells up.
+  Tile Showing(const Area& picture) const {
+    Tile tile = *this;
+    tile.picture_ = picture;
+    return tile;
+  }
+  const Area& picture() const { return picture_; }
 
   int32_t* Cells(int plane) const {
     assert(plane >= 0 && plane < 16);
@@ -78,6 +92,7 @@ class Tile {
   int32_t* heap_;
   const Routines* routines_;
   uint32_t variant_;
+  Area picture_;
 };
 
 // Bits 0..7 of BlurSpec: 0..255, 0..20 once validated.

@@ -9,15 +9,45 @@
 
 #include <cstdint>
 
+#include "stages/fixed_point.h"
+
 namespace kelvo {
 
 extern const int32_t kForwardTone[4][256];
 extern const int16_t kInverseTone[4][4096];
 
-// What a display value becomes when it goes to linear light and back with curve 2: the fraction below a grey level is
-// dropped, and in the shadows (levels 1 and 2) the curves are too coarse to return. Any int32_t; result 0..32640.
+inline constexpr int32_t kLinearWhite = 255 * 65536;  // linear value of level 255
+
+// By entry: any int32_t; of a display value only bits 7..14 count, a linear value outside 0..16777215 counts as the
+// nearest.
+inline int32_t ForwardTone(int curve, int32_t display) {
+  return kForwardTone[curve][(display >> 7) & 255];
+}
+inline int32_t InverseTone(int curve, int32_t linear) {
+  return kInverseTone[curve][Clamp(linear >> 12, 0, 4095)];
+}
+
+// Between entries, along the chord, truncated; the last entry goes on level.
+inline int32_t ForwardToneBetween(int curve, int32_t display) {
+  const int level = (display >> 7) & 255, next = level < 255 ? level + 1 : level;
+  const int32_t* entries = kForwardTone[curve];
+  return entries[level] + ((entries[next] - entries[level]) * (display & 127) >> 7);
+}
+inline int32_t InverseToneBetween(int curve, int32_t linear) {
+  const int32_t inside = Clamp(linear, 0, (4096 << 12) - 1);
+  const int index = inside >> 12, next = index < 4095 ? index + 1 : index;
+  const int16_t* entries = kInverseTone[curve];
+  return entries[index] + ((entries[next] - entries[index]) * (inside & 4095) >> 12);
+}
+
+// What a display value becomes when it goes to linear light and back with curve 2. By entry the fraction below a grey
+// level is dropped, and in the shadows (levels 1 and 2) the curves are too coarse to return. Any int32_t; result
+// 0..32640.
 inline int32_t RoundTrip(int32_t display) {
-  return kInverseTone[2][kForwardTone[2][(display >> 7) & 255] >> 12];
+  return InverseTone(2, ForwardTone(2, display));
+}
+inline int32_t RoundTripBetween(int32_t display) {
+  return InverseToneBetween(2, ForwardToneBetween(2, display));
 }
 
 }  // namespace kelvo
