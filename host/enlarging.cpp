@@ -120,6 +120,10 @@ void RequireRoom(const vips::VImage& image) {
                   " pixels; enlarged it may have at most " + std::to_string(kMost * 2) + " columns and rows");
 }
 
+TilesShape TwiceAsLarge(const vips::VImage& image) {
+  return {2 * image.width(), 2 * image.height(), image.bands(), image.format()};
+}
+
 void DoubleXmpSize(const vips::VImage& enlarged, int width, int height) {
   if (enlarged.get_typeof(VIPS_META_XMP_NAME) != VIPS_TYPE_BLOB) return;
   size_t bytes = 0;
@@ -132,7 +136,7 @@ void DoubleXmpSize(const vips::VImage& enlarged, int width, int height) {
 
 vips::VImage EnlargePicture(const vips::VImage& image, int colour_bands) {
   RequireRoom(image);
-  const vips::VImage enlarged = InTiles<Worker>(image, 2, Bands{colour_bands});
+  const vips::VImage enlarged = InTiles<Worker>(image, TwiceAsLarge(image), Bands{colour_bands});
   vips::VImage described =
       enlarged.copy(vips::VImage::option()->set("xres", 2 * image.xres())->set("yres", 2 * image.yres()));
   DoubleXmpSize(described, image.width(), image.height());

@@ -24,9 +24,19 @@ struct Generator {
   void* settings;
 };
 
-// Sets `out` up with the header of `in`, `scale` times as large, and puts the cache behind it that asks for each tile
+// What differs between a picture and the tiles computed from it.
+struct TilesShape {
+  int width, height, bands;
+  VipsBandFormat format;
+};
+
+inline TilesShape ShapeOf(const vips::VImage& image) {
+  return {image.width(), image.height(), image.bands(), image.format()};
+}
+
+// Sets `out` up with the header of `in` but of this shape, and puts the cache behind it that asks for each tile
 // once as long as the result is read in rows of tiles. Throws vips::VError.
-vips::VImage TilesOf(VipsImage* out, VipsImage* in, int scale, const Generator& generator);
+vips::VImage TilesOf(VipsImage* out, VipsImage* in, const TilesShape& shape, const Generator& generator);
 
 // libvips calls these three; no exception may leave them. A Worker is what one thread owns: made of the picture and the
 // Settings, it has bool Compute<T>(VipsRegion* out), which fills the valid area of `out`, a tile of the grid, or leaves
@@ -57,10 +67,10 @@ struct TileFunctions {
   }
 };
 
-// A picture `scale` times as large as `image`, whose tiles Workers compute. Throws vips::VError, or HostError if
+// A picture of this shape whose tiles Workers compute from `image`. Throws vips::VError, or HostError if
 // `image` has not 8 or 16 bits.
 template <class Worker, class Settings>
-vips::VImage InTiles(const vips::VImage& image, int scale, Settings settings) {
+vips::VImage InTiles(const vips::VImage& image, const TilesShape& shape, Settings settings) {
   using Functions = TileFunctions<Worker, Settings>;
   const VipsGenerateFn compute = Functions::ComputeFor(image.format());
   VipsImage* in = image.get_image();
@@ -69,7 +79,7 @@ vips::VImage InTiles(const vips::VImage& image, int scale, Settings settings) {
   void* pointer = owned.get();
   const auto destroy = [](void* kept) { delete static_cast<Settings*>(kept); };
   g_object_set_data_full(G_OBJECT(tiles.get_image()), "kelvo-settings", owned.release(), destroy);
-  return TilesOf(tiles.get_image(), in, scale, {Functions::Start, compute, Functions::Stop, pointer});
+  return TilesOf(tiles.get_image(), in, shape, {Functions::Start, compute, Functions::Stop, pointer});
 }
 
 }  // namespace kelvo::host

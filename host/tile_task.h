@@ -21,6 +21,7 @@ struct TileTask {
   TileCall call;           // returns KELVO_OK or leaves the reason in params.Message
   FlatGround flat_ground;  // results count as changes against this
   bool raw_values;         // samples are the library's own values instead of original plus change
+  int overlap = 0;         // rows and columns that neighbouring cores share and fade over, 0..64
 };
 
 struct RestoreSettings {

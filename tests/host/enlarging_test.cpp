@@ -229,7 +229,7 @@ TEST_CASE("restoring and enlarging in one pass: the same as one after the other,
         result.write_to_buffer(suffix, &file, &bytes);
         g_free(file);
       }
-      CHECK(calls.size() == 6 * 5);
+      CHECK(calls.size() == 7 * 6);
       for (const auto& [position, times] : calls) CHECK(times == 1);
     }
   vips_concurrency_set(0);

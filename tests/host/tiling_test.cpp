@@ -2,7 +2,9 @@
 
 #include <doctest/doctest.h>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstring>
 #include <map>
 #include <mutex>
@@ -56,19 +58,20 @@ struct Probe {
   }
 };
 
-TileTask ProbeTask(Probe& probe) {
+TileTask ProbeTask(Probe& probe, int overlap = 0) {
   TileTask task = BlurTask(3, false);
+  task.overlap = overlap;
   task.call = [&probe](TileParams& params, int32_t* heap) { return probe(params, heap); };
   return task;
 }
 
-void CheckEveryTileOnce(const Probe& probe) {
-  const size_t across = (probe.size.first + 127) / 128;
-  const size_t down = (probe.size.second + 127) / 128;
-  CHECK(probe.calls.size() == across * down);
+void CheckEveryTileOnce(const Probe& probe, int overlap = 0) {
+  const int step = 128 - overlap;
+  const auto cores = [&](int size) { return size <= 128 ? 1 : (size - overlap + step - 1) / step; };
+  CHECK(probe.calls.size() == static_cast<size_t>(cores(probe.size.first) * cores(probe.size.second)));
   for (const auto& [position, count] : probe.calls) {
-    CHECK(position.first % 128 == 0);
-    CHECK(position.second % 128 == 0);
+    CHECK(position.first % step == 0);
+    CHECK(position.second % step == 0);
     CHECK(count == probe.bands);
   }
 }
@@ -106,6 +109,38 @@ TEST_CASE("each tile is computed once for every kind of writer and number of thr
     }
   }
   vips_concurrency_set(0);
+}
+
+// Every tile returns a level of its own; in between the picture must climb from one to the next in equal steps.
+TEST_CASE("tiles that overlap fade into each other, and each is computed once") {
+  constexpr int kOverlap = 16, kStep = 128 - kOverlap;
+  const Size size = {500, 300};
+  const auto samples = Scene<uint8_t>(size.first, size.second, 1, 6);
+  for (const char* suffix : {".png", ".tif", ".tif[tile,tile-width=256,tile-height=256]"}) {
+    Probe probe{samples, size, 1, {}, {}};
+    void* file = nullptr;
+    size_t bytes = 0;
+    ProcessTiles(PictureOf(samples, size.first, size.second, 1), 1, ProbeTask(probe, kOverlap))
+        .write_to_buffer(suffix, &file, &bytes);
+    g_free(file);
+    CheckEveryTileOnce(probe, kOverlap);
+  }
+  TileTask task = BlurTask(3, true);
+  task.overlap = kOverlap;
+  task.call = [](TileParams& params, int32_t* heap) {
+    std::fill_n(heap, 65536, 128 * (params.TileLeft / kStep * 32 + params.TileTop / kStep * 2));
+    return int32_t{KELVO_OK};
+  };
+  const auto faded = SamplesOf<uint8_t>(ProcessTiles(PictureOf(samples, size.first, size.second, 1), 1, task));
+  const auto ramp = [](int position, int last) {
+    const int tile = std::min(position / kStep, last), inside = position - tile * kStep;
+    return tile == 0 || inside >= kOverlap ? tile : tile - 1 + (inside + 0.5) / kOverlap;
+  };
+  double worst = 0.0;
+  for (int row = 0; row < size.second; ++row)
+    for (int column = 0; column < size.first; ++column)
+      worst = std::max(worst, std::abs(faded[row * size.first + column] - 32 * ramp(column, 4) - 2 * ramp(row, 2)));
+  CHECK(worst <= 0.5);
 }
 
 template <typename T>
