@@ -15,7 +15,7 @@ namespace {
 constexpr int kAhead = kStaged;      // the estimate, ahead by its momentum: where gradients are taken
 constexpr int kMisfit = kResidual;   // 0 around region margin
 constexpr int kGradient = kBlurred;  // 0 around region margin + reach
-constexpr int kLimit = kClass;       // of differences that are smoothed in proportion, linear values
+constexpr int kLimit = kClass;       // of slopes and bends that count in proportion, linear values
 
 constexpr int kDarkest = 4;  // grey level below which the limit falls no further
 
@@ -118,17 +118,28 @@ void FinishWithFit(const Tile& tile, const FitFrame& frame, FitStart start) {
 }
 
 namespace plain {
+namespace {
+
+// What the neighbours along a line, `step` cells apart, ask of a cell, in quarters: half of the limited slopes to both
+// sides, and a quarter of the limited bends here and, with the other sign, there.
+int32_t PullAlong(const int32_t* cell, int step, int32_t limit) {
+  const int32_t back2 = cell[-2 * step], back = cell[-step], here = *cell, next = cell[step], next2 = cell[2 * step];
+  const auto limited = [limit](int32_t value) { return Clamp(value, -limit, limit); };
+  const int32_t slopes = limited(here - back) + limited(here - next);
+  const int32_t bends =
+      2 * limited(2 * here - back - next) - limited(2 * back - back2 - here) - limited(2 * next - next2 - here);
+  return 2 * slopes + bends;
+}
+
+}  // namespace
 
 void FitSmoothRow(const int32_t* ahead, const int32_t* limit, int shift, int32_t* gradient, int count) {
   for (int i = 0; i < count; ++i) {
-    const int32_t* cell = ahead + i;
-    const auto pull = [&](int row, int column) {
-      return Clamp(*cell - cell[CellsTo(row, column)], -limit[i], limit[i]);
-    };
-    const int32_t axes = pull(-1, 0) + pull(1, 0) + pull(0, -1) + pull(0, 1);
-    const int32_t corners = pull(-1, -1) + pull(-1, 1) + pull(1, -1) + pull(1, 1);
-    const int32_t smoothness = axes + corners - (corners >> 2);  // a corner counts 3/4: it is sqrt 2 away
-    gradient[i] = Clamp(gradient[i] + (smoothness >> shift), -kLinearWhite, kLinearWhite);
+    const int32_t pull = PullAlong(ahead + i, CellsTo(0, 1), limit[i]) + PullAlong(ahead + i, CellsTo(1, 0), limit[i]);
+    const int32_t corner_pull =
+        PullAlong(ahead + i, CellsTo(1, 1), limit[i]) + PullAlong(ahead + i, CellsTo(1, -1), limit[i]);
+    const int32_t smoothness = (pull + (corner_pull >> 1)) >> (shift + 2);
+    gradient[i] = Clamp(gradient[i] + smoothness, -kLinearWhite, kLinearWhite);
   }
 }
 

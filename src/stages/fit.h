@@ -2,7 +2,7 @@
 //
 // With the blur K, the observed tile f and the estimate u, all in linear light, the fit descends on
 //
-//   1/2 |K u - f|^2  +  2^-s x sum over neighbours of huber(u - neighbour)
+//   1/2 |K u - f|^2  +  2^-s x sum over lines of (1/2 huber(slope of u) + 1/4 huber(bend of u))
 //
 // by gradient steps with momentum (Nesterov's, in the form of Beck and Teboulle, without restarts). A blur is the same
 // turned by half, so K serves as its own transpose.
@@ -11,14 +11,15 @@
 //                   multiplies by h then weighs (9 - 8 h) h^2, at most 27/16 (at h = 3/4) whatever the blur, so that
 //                   one size of step serves all widths.
 //   physical range  The estimate stays between black and white: dark and bright ground pins what the blur hides.
-//   smoothness      pulls at a difference in proportion up to a limit and no more beyond it, so that noise goes and
-//                   edges stay. The limit is in grey levels, as linear light at the brightness observed, and grows with
-//                   the noise.
+//   smoothness      Slopes (first differences) and bends (second ones) along rows, columns and, at half the weight,
+//                   diagonals count in proportion up to a limit and no more beyond it, so that noise goes and edges
+//                   stay. Bends keep slopes from turning into steps. The limit is in grey levels, as linear light at the
+//                   brightness observed, and grows with the noise.
 //   surroundings    Only misfits of region `margin` count, and of those the ones inside the picture; but the estimate is
 //                   free as far as they reach, so that what lies outside need not be known.
 //
 // Momentum is stable as long as step x (9 - 8 h) (h^2 + t) stays below 4/3 for every wave, t being what smoothness
-// weighs it by: 2^-s x the sum over neighbours of 1 - cosine.
+// weighs it by: 2^-s x the sum over lines of d / 2 + d^2 / 4, where d = 2 - 2 cosine.
 #ifndef KELVO_STAGES_FIT_H
 #define KELVO_STAGES_FIT_H
 
@@ -40,7 +41,7 @@ struct FitFrame {
 // How a run is fitted.
 struct FitPlan {
   int iterations;    // 6..80
-  int limit;         // of differences that are smoothed in proportion, 1/128 grey levels
+  int limit;         // of slopes and bends that count in proportion, 1/128 grey levels
   int smooth_shift;  // s
   int step;          // eighths of a gradient
   int margin;        // region of the misfits that count

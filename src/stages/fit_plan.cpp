@@ -12,7 +12,7 @@ struct Smoothness {
   int limit;  // 1/128 grey levels
   int shift;
 };
-constexpr Smoothness kSmoothness[5] = {{96, 7}, {256, 7}, {576, 7}, {960, 6}, {2400, 6}};
+constexpr Smoothness kSmoothness[5] = {{128, 7}, {288, 7}, {640, 7}, {800, 6}, {1900, 6}};
 
 // The blocks of JPEG are noise as well: RemoveNoise is at least this, by JPGLevel.
 constexpr int kJpegNoise[7] = {-1, 1, 2, 2, 3, 3, 3};
@@ -28,7 +28,7 @@ FitPlan PlanFit(const TileParams& params, const FitFrame& frame) {
   plan.iterations = kIterations[Clamp(params.Accuracy, -2, 2) + 2];
   plan.limit = smoothness.limit;
   plan.smooth_shift = smoothness.shift;
-  plan.step = smoothness.shift == 7 ? frame.step : frame.step - 1;
+  plan.step = smoothness.shift == 7 ? frame.step : frame.step - 2;
   plan.margin = std::min(16 + 4 * frame.reach, KELVO_CORE_START - 2 * frame.reach);
   return plan;
 }

@@ -38,7 +38,7 @@ struct Routines {
   void (*join_line_row)(const int32_t* source, Compass compass, int32_t* corner, int32_t* outside, int count);
 
   // The fit (stages/fit.h). Adds what smoothness asks of `count` cells to their gradient, sum of pulls >> shift; reads
-  // the cells around `ahead`, 0..16711680. Gradients are within 16711680 either way before and after.
+  // two cells around `ahead`, 0..16711680. Gradients are within 16711680 either way before and after.
   void (*fit_smooth_row)(const int32_t* ahead, const int32_t* limit, int shift, int32_t* gradient, int count);
   // Takes a step against the gradient, given with its blur, both within 16711680 either way.
   void (*fit_step_row)(const int32_t* gradient, const int32_t* blurred, FitPace pace, int32_t* ahead,

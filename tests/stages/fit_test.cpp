@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 #include "motion/focus.h"
 #include "round/focus_driver.h"
@@ -56,8 +57,11 @@ double Curvature(const std::vector<WeighedStep>& blur, double smooth_scale, doub
     imaginary += weight * std::sin(step.row * down + step.column * right);
   }
   CHECK(std::abs(imaginary) < 1e-9);  // the blur is its own transpose
-  const double smoothness =
-      2.0 * (2.0 - std::cos(down) - std::cos(right)) + 1.5 * (2.0 - std::cos(down + right) - std::cos(down - right));
+  double smoothness = 0.0;
+  for (const auto& [phase, share] : {std::pair{down, 1.0}, {right, 1.0}, {down + right, 0.5}, {down - right, 0.5}}) {
+    const double d = 2.0 - 2.0 * std::cos(phase);
+    smoothness += share * (d / 2.0 + d * d / 4.0);
+  }
   return (9.0 - 8.0 * h) * (h * h + smoothness * smooth_scale);
 }
 
