@@ -62,7 +62,7 @@ Times TimeFocus(Subject& s, int width, int accuracy, int repeats) {
   best.total = Fastest(repeats, s, [&] {
     const kelvo::RoundMember& member = kelvo::MemberOf(width);
     const TimedPass coarse(member, kelvo::PairKind::kCoarse), fine(member, kelvo::PairKind::kFine);
-    const kelvo::Tile view(s.bench.params, s.bench.heap(), kelvo::BaselineRoutines(), KELVO_VARIANT_UNDO_ROUND_MOVES);
+    const kelvo::Tile view(s.bench.params, s.bench.heap(), kelvo::BestRoutines(), KELVO_VARIANT_UNDO_ROUND_MOVES);
     kelvo::RunRoundFocus(view, member, coarse, fine);
     best.searching = std::min(best.searching, Milliseconds(coarse.searching + fine.searching));
     best.per_coarse_pair = std::min(best.per_coarse_pair, NanosecondsPerPair(coarse));
@@ -73,7 +73,7 @@ Times TimeFocus(Subject& s, int width, int accuracy, int repeats) {
 
 double TimePrefilter(Subject& s, int width, int repeats) {
   const kelvo::RoundMember& member = kelvo::MemberOf(width);
-  const kelvo::Tile view(s.bench.params, s.bench.heap(), kelvo::BaselineRoutines());
+  const kelvo::Tile view(s.bench.params, s.bench.heap(), kelvo::BestRoutines());
   return Fastest(repeats, s, [&] {
     kelvo::SetUpSchedule(s.bench.params);
     kelvo::ClearPrefilterPlanes(view);

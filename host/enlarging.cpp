@@ -60,7 +60,7 @@ class Worker {
   template <Sample T, class Display>
   void Run(Display display) {
     TileParams params{};
-    const Tile tile(params, heap_.data(), BaselineRoutines());
+    const Tile tile(params, heap_.data(), BestRoutines());
     for (int row = kContextFirst; row < kContextEnd; ++row)
       for (int column = kContextFirst; column < kContextEnd; ++column)
         tile.At(kDisplay, row, column) = display(window_.Pixel<T>(row, column));

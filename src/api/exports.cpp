@@ -21,7 +21,7 @@ bool Refused(TileParams& params, const Verdict& verdict) {
 template <class Check, class Process>
 int32_t Run(TileParams* params, int32_t* work_heap, Check check, Process process, uint32_t variant = 0) {
   const Verdict verdict = check(*params);
-  if (!Refused(*params, verdict)) process(Tile(*params, work_heap, BaselineRoutines(), variant));
+  if (!Refused(*params, verdict)) process(Tile(*params, work_heap, BestRoutines(), variant));
   return verdict.code;
 }
 

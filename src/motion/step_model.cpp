@@ -77,6 +77,7 @@ constexpr Response SteepNarrowResponse() {
 }
 
 constexpr void Insert(StepSide& side, int cell, int amount) {
+  assert(amount <= kGreatestAmount);
   auto at = static_cast<size_t>(side.count++);
   for (; at > 0 && side.amounts[at - 1] < amount; --at) {
     side.amounts[at] = side.amounts[at - 1];

@@ -22,11 +22,13 @@ void StepRow(const StepSweep& sweep, int first, int count);
 
 }  // namespace plain
 
-namespace lanes {
+#ifdef KELVO_LEVEL
+namespace KELVO_LEVEL {
 
 void StepRow(const StepSweep& sweep, int first, int count);
 
-}  // namespace lanes
+}  // namespace KELVO_LEVEL
+#endif
 
 }  // namespace kelvo
 

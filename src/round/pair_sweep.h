@@ -35,6 +35,14 @@ void PairRow(const PairSweep& sweep, int first, int stride, int count);
 
 }  // namespace plain
 
+#ifdef KELVO_LEVEL
+namespace KELVO_LEVEL {
+
+void PairRow(const PairSweep& sweep, int first, int stride, int count);
+
+}  // namespace KELVO_LEVEL
+#endif
+
 }  // namespace kelvo
 
 #endif  // KELVO_ROUND_PAIR_SWEEP_H

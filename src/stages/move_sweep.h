@@ -12,6 +12,9 @@
 
 namespace kelvo {
 
+// No response to a move exceeds this, in 1/65536: what a vector of searches may step by rests on it.
+inline constexpr int kGreatestAmount = 1 << 17;
+
 // Pointers are to the first cells of planes.
 struct MoveSweep {
   int32_t* estimate;

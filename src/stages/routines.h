@@ -2,13 +2,14 @@
 //
 // A stage owns geometry: planes, regions, order. A routine owns arithmetic over plain arrays, and only routines come in
 // several versions: one table per instruction set, chosen once per call and carried by the Tile. Every table gives the
-// same bits as PlainRoutines.
+// same bits.
 #ifndef KELVO_STAGES_ROUTINES_H
 #define KELVO_STAGES_ROUTINES_H
 
 #include <cstdint>
 #include <span>
 
+#include "stages/cpu.h"
 #include "stages/stencil.h"
 
 namespace kelvo {
@@ -37,11 +38,12 @@ struct Routines {
   void (*join_line_row)(const int32_t* source, Compass compass, int32_t* corner, int32_t* outside, int count);
 };
 
-// One thing at a time: what the other versions are checked against.
-const Routines& PlainRoutines();
+// The table of a level; Level::kPlain is what the others are checked against. Where the library was built without the
+// level, that of the greatest below it.
+const Routines& RoutinesOf(Level level);
 
-// Vectors of the baseline of the machine that the library was built for. What the exports use.
-const Routines& BaselineRoutines();
+// The table of BestLevel(): what the exports use.
+const Routines& BestRoutines();
 
 }  // namespace kelvo
 

@@ -1,5 +1,6 @@
 #include "stages/step_code.h"
 
+#include <bit>
 #include <cassert>
 #include <initializer_list>
 
@@ -54,12 +55,29 @@ void ForEachCell(const Tile& tile, int plane, Change change) {
   for (int i = 0; i < kPlaneCells; ++i) cells[i] = change(cells[i]);
 }
 
+constexpr float FactorOf(int code) {
+  return code <= kLeastCode ? 0.0f : kStepFactors[code - kLeastCode - 1];
+}
+
+constexpr int32_t FactorBits(int code) {
+  return std::bit_cast<int32_t>(FactorOf(code));
+}
+
 }  // namespace
 
 float StepFactor(int code) {
   assert(code <= kGreatestCode);
-  return code <= kLeastCode ? 0.0f : kStepFactors[code - kLeastCode - 1];
+  return FactorOf(code);
 }
+
+// clang-format off
+const int32_t kStepFactorBits[32] = {
+    FactorBits(0),   FactorBits(1),   FactorBits(2),   FactorBits(3),   FactorBits(4),   FactorBits(5),
+    FactorBits(6),   FactorBits(7),   FactorBits(8),   FactorBits(9),   FactorBits(10),  FactorBits(11),
+    FactorBits(12),  FactorBits(13),  FactorBits(14),  FactorBits(15),  0, 0, 0, 0, 0, 0, 0, 0, 0,
+    FactorBits(-7),  FactorBits(-6),  FactorBits(-5),  FactorBits(-4),  FactorBits(-3),  FactorBits(-2),
+    FactorBits(-1)};
+// clang-format on
 
 int32_t CodeStep(int iteration, int half_step, int32_t previous, int32_t value) {
   value = Clamp(value, -kGreatestMantissa, kGreatestMantissa);

@@ -16,6 +16,9 @@ namespace kelvo {
 // F(code) for code -16..15, single precision.
 float StepFactor(int code);
 
+// The bits of F(code) at code & 31.
+extern const int32_t kStepFactorBits[32];
+
 // The signed low half of a cell of a coded plane.
 constexpr int32_t LowHalf(int32_t cell) {
   return static_cast<int16_t>(cell);

@@ -1,4 +1,4 @@
-// The searches of plain::StepRow and lanes::StepRow against a literal one that works on the planes: it carries out
+// The searches of all levels against a literal one that works on the planes: it carries out
 // every candidate move, adds up its cost from the planes and takes it back bit by bit of the total.
 #include <doctest/doctest.h>
 
@@ -6,6 +6,8 @@
 
 #include "motion/line.h"
 #include "motion/step_sweep.h"
+#include "stages/routines.h"
+#include "support/levels.h"
 #include "support/tiles.h"
 
 namespace kelvo::test {
@@ -143,19 +145,21 @@ std::vector<int32_t> Searched(Planes planes, const StepModel& model, int iterati
 // Compares the searches on planes of one kind; `turn` varies all that a sweep may differ in. Returns how many codes the
 // search has changed.
 size_t CompareSearches(const StepModel& model, int scale_shift, uint32_t mask, int turn) {
-  const int iteration = 1 + turn % 3, count = turn % 5 == 0 ? 3 : 13;
+  const int iteration = 1 + turn % 3, count = turn % 5 == 0 ? 3 : 21;
   const Planes planes(static_cast<uint32_t>(turn), mask, turn % 2 == 0);
   const auto search = [&](auto row) { return Searched(planes, model, iteration, scale_shift, count, row); };
   const std::vector<int32_t> want = search(LiteralRow);
   CHECK(std::equal(want.begin(), want.begin() + 4 * kPlane, planes.cells.begin()));
-  CHECK(search(plain::StepRow) == want);
-  CHECK(search(lanes::StepRow) == want);
+  for (const Level level : RunnableLevels()) {
+    CAPTURE(std::string(NameOf(level)));
+    CHECK(search(RoutinesOf(level).step_row) == want);
+  }
   size_t changed = 0;
   for (size_t i = 4 * kPlane; i < want.size(); ++i) changed += want[i] != planes.cells[i] ? 1 : 0;
   return changed;
 }
 
-TEST_CASE("all members: plain and lanes find what the literal search finds, and leave the planes as they were") {
+TEST_CASE("all members: every level finds what the literal search finds, and leaves the planes as they were") {
   int turn = 0;
   size_t changed = 0;
   for (int index = 0; index < motion::kMembers; ++index) {

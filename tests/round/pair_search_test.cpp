@@ -5,8 +5,10 @@
 #include "round/family.h"
 #include "round/pair_sweep.h"
 #include "stages/fixed_point.h"
+#include "stages/routines.h"
 #include "stages/step_code.h"
 #include "stages/weights.h"
+#include "support/levels.h"
 #include "support/tiles.h"
 
 namespace kelvo::test {
@@ -142,13 +144,18 @@ void CompareSearches(PairKind kind, int width, int family, uint32_t mask, bool u
   CAPTURE(family);
   CAPTURE(mask);
   CAPTURE(undo);
-  Planes want(static_cast<uint32_t>(width), mask), got = want;
+  Planes want(static_cast<uint32_t>(width), mask);
+  const Planes start = want;
   const PairModel& model = ModelOf(kind, width, static_cast<PairFamily>(family));
   const int iteration = 1 + (width + family + (undo ? 1 : 0)) % 3;
   const int scale = MemberOf(width).scale_shift, first = CellsTo(128, 100);
   LiteralRow(want.Sweep(model, iteration, scale, undo), kind, first, 40);
-  plain::PairRow(got.Sweep(model, iteration, scale, undo), first, kind == PairKind::kFine ? 1 : 2, 40);
-  CHECK(got.cells == want.cells);
+  for (const Level level : RunnableLevels()) {
+    CAPTURE(std::string(NameOf(level)));
+    Planes got = start;
+    RoutinesOf(level).pair_row(got.Sweep(model, iteration, scale, undo), first, kind == PairKind::kFine ? 1 : 2, 40);
+    CHECK(got.cells == want.cells);
+  }
 }
 
 TEST_CASE("the search from local cells equals the literal one, on fitting and on hostile planes") {

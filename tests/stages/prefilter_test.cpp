@@ -55,7 +55,7 @@ TEST_CASE("whole runs of the pre-filter leave the control planes") {
     bench.params.JPGHorizontalOffset = 3;
     bench.params.JPGVerticalOffset = 5;
     bench.params.NoiseFloor = (c.direction ? kMotionTable : kRoundTable).noise_floor[c.width];
-    const Tile tile(bench.params, bench.heap(), PlainRoutines());
+    const Tile tile(bench.params, bench.heap(), RoutinesOf(Level::kPlain));
     ClearPrefilterPlanes(tile);
     Prefilter(tile, c.margin, c.extra);
     const int reach = c.margin + c.extra;
@@ -96,7 +96,7 @@ TEST_CASE("wild fields and wild cells are safe") {
       bench.params.RemoveNoise = bench.params.NoiseFloor = bench.params.TileTop = bench.params.TileLeft = value;
       bench.params.JPGHorizontalOffset = bench.params.JPGVerticalOffset = -value / 3;
       bench.params.JPGCompression = jpeg;
-      const Tile tile(bench.params, bench.heap(), PlainRoutines());
+      const Tile tile(bench.params, bench.heap(), RoutinesOf(Level::kPlain));
       ClearPrefilterPlanes(tile);
       const uint32_t above = bench.Crc(kStaged, 0, 64 - 39);
       Prefilter(tile, 37, 2);

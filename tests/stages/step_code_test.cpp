@@ -59,7 +59,7 @@ TEST_CASE("decoded steps are single-precision products, each truncated") {
 
 TEST_CASE("passes over a coded plane change the halves they are told to") {
   Bench bench;
-  const Tile tile(bench.params, bench.heap(), PlainRoutines());
+  const Tile tile(bench.params, bench.heap(), RoutinesOf(Level::kPlain));
   const auto plane_of = [&](int32_t cell) -> int32_t& {
     std::fill_n(tile.Cells(kVertical), kPlaneCells, cell);
     return tile.At(kVertical, 255, 255);
