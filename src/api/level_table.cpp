@@ -6,7 +6,7 @@
 
 namespace kelvo::KELVO_LEVEL {
 
-const Routines kRoutines = {plain::StencilRow,     plain::MinimumRow,   PairRow,           StepRow,
-                            plain::ShapeCornerRow, plain::FillNotchRow, plain::JoinLineRow};
+const Routines kRoutines = {StencilRow,          MinimumRow,        MovePairs, MoveSteps, plain::ShapeCornerRow,
+                            plain::FillNotchRow, plain::JoinLineRow};
 
 }  // namespace kelvo::KELVO_LEVEL

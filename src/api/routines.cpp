@@ -9,7 +9,7 @@ namespace kelvo {
 
 namespace {
 
-constexpr Routines kPlain = {plain::StencilRow,     plain::MinimumRow,   plain::PairRow,    plain::StepRow,
+constexpr Routines kPlain = {plain::StencilRow,     plain::MinimumRow,   plain::MovePairs,  plain::MoveSteps,
                              plain::ShapeCornerRow, plain::FillNotchRow, plain::JoinLineRow};
 
 }  // namespace

@@ -21,8 +21,7 @@ void FindLineFloor(const Tile& tile, const MotionMember& member) {
 void StepPass::Move(const Tile& tile) const {
   const Region region(member_.final_margin);
   const StepSweep sweep{MakeMoveSweep(tile, kSteps), &StepModelOf(kind_, member_)};
-  for (int row = region.first; row < region.end; ++row)
-    tile.routines().step_row(sweep, CellsTo(row, region.first), region.size());
+  tile.routines().move_steps(sweep, WindowOf(region));
 }
 
 // Steps only add to the estimate, so their order is free.

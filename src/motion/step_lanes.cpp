@@ -1,6 +1,7 @@
 // The search of plain::StepRow for neighbouring cells at once, one in each lane of a vector.
 #include "motion/step_sweep.h"
 #include "stages/lane_search.h"
+#include "stages/misfit_lanes.h"
 
 namespace kelvo::KELVO_LEVEL {
 namespace {
@@ -10,23 +11,22 @@ namespace {
 // nothing can wrap.
 class StepLanes {
  public:
-  StepLanes(const StepSweep& sweep, int cell, Vector unit)
-      : sweep_(sweep), model_(*sweep.model), cell_(cell), unit_(unit) {
-    Vector beyond{};
+  // `tame`: misfits and estimate lie within 2^30 of zero.
+  StepLanes(const StepSweep& sweep, int cell, Vector unit, bool tame)
+      : sweep_(sweep), model_(*sweep.model), cell_(cell), tame_(tame), unit_(unit) {
     for (int i = 0; i < model_.taps.count; ++i) {
       values_[i] = Load(sweep.estimate + cell + Tap(i).cell);
       floors_[i] = Load(sweep.floor + cell + Tap(i).cell);
       around_[i] = Vector{};
       const MovedCell& moved = model_.moved[static_cast<size_t>(i)];
       for (size_t k = 0; k < static_cast<size_t>(moved.count); ++k)
-        around_[i] += Seen(Load(sweep.estimate + cell + moved.neighbours[k]), beyond);
+        around_[i] += Load(sweep.estimate + cell + moved.neighbours[k]);
     }
     SetAmounts();
-    ReadSide(model_.rising, risen_, total_risen_, beyond);
-    ReadSide(model_.falling, fallen_, total_fallen_, beyond);
+    ReadSide(model_.rising, risen_, total_risen_);
+    ReadSide(model_.falling, fallen_, total_fallen_);
     rising_weight_ = DataWeights(model_.rising.pixel);
     falling_weight_ = DataWeights(model_.falling.pixel);
-    tame_ = !Any(beyond >> 30);
   }
 
   Vector Cost(Vector units) const {
@@ -49,11 +49,6 @@ class StepLanes {
  private:
   const OperatorTap& Tap(int i) const { return model_.taps.taps[static_cast<size_t>(i)]; }
 
-  static Vector Seen(Vector value, Vector& beyond) {
-    beyond |= value ^ Negative(value);
-    return value;
-  }
-
   // TapAmount in every lane, signed. The share of 65536 keeps the low 32 of the 48 bits of the product >> 16.
   void SetAmounts() {
     for (int i = 0; i < model_.taps.count; ++i) {
@@ -65,12 +60,9 @@ class StepLanes {
     }
   }
 
-  void ReadSide(const StepSide& side, Vector* residuals, Vector& total, Vector& beyond) const {
-    for (int i = 0; i < side.count; ++i) {
-      const int cell = cell_ + side.cells[static_cast<size_t>(i)];
-      residuals[i] = Load(sweep_.blurred + cell) - Load(sweep_.observed + cell);
-      total += Seen(residuals[i], beyond);
-    }
+  void ReadSide(const StepSide& side, Vector* residuals, Vector& total) const {
+    for (int i = 0; i < side.count; ++i)
+      total += residuals[i] = Load(sweep_.misfit + cell_ + side.cells[static_cast<size_t>(i)]);
   }
 
   Vector DataWeights(int pixel) const {
@@ -156,21 +148,27 @@ class StepLanes {
   Vector risen_[StepSide::kMax], fallen_[StepSide::kMax];
 };
 
-}  // namespace
-
 // The last vector overlaps the one before it and keeps that one's codes.
-void StepRow(const StepSweep& sweep, int first, int count) {
-  if (count < kLanes) return plain::StepRow(sweep, first, count);
-  const LaneCoder coder(sweep);
+void SearchRow(const StepSweep& sweep, const LaneCoder& coder, int first, int count, bool tame) {
   for (int done = 0; done < count; done += kLanes) {
     const int at = done <= count - kLanes ? done : count - kLanes;
     int32_t* codes = sweep.codes + first + at;
     const Vector was = Load(codes), previous = LaneCoder::Previous(was);
-    StepLanes trial(sweep, first + at, coder.Units(previous));
+    StepLanes trial(sweep, first + at, coder.Units(previous), tame);
     LaneSearch search(trial, All(~0u), coder.FirstSign(previous), HalvesOnReversal(sweep));
     const Vector coded = coder.Coded(was, search.Run());
     for (int i = done - at; i < kLanes; ++i) codes[i] = static_cast<int32_t>(coded[i]);
   }
+}
+
+}  // namespace
+
+void MoveSteps(const StepSweep& sweep, const Window& window) {
+  if (window.columns() < kLanes) return plain::MoveSteps(sweep, window);
+  const bool tame = FillMisfit(sweep, window.Widened(sweep.model->reach));
+  const LaneCoder coder(sweep);
+  for (int row = window.first_row; row < window.end_row; ++row)
+    SearchRow(sweep, coder, CellsTo(row, window.first_column), window.columns(), tame);
 }
 
 }  // namespace kelvo::KELVO_LEVEL

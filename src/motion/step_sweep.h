@@ -15,17 +15,17 @@ struct StepSweep : MoveSweep {
   const StepModel* model;
 };
 
-// See Routines::step_row.
+// See Routines::move_steps.
 namespace plain {
 
-void StepRow(const StepSweep& sweep, int first, int count);
+void MoveSteps(const StepSweep& sweep, const Window& window);
 
 }  // namespace plain
 
 #ifdef KELVO_LEVEL
 namespace KELVO_LEVEL {
 
-void StepRow(const StepSweep& sweep, int first, int count);
+void MoveSteps(const StepSweep& sweep, const Window& window);
 
 }  // namespace KELVO_LEVEL
 #endif

@@ -25,14 +25,13 @@ void FindFloor(const Tile& tile, const RoundMember& member) {
 }
 
 void PairPass::Move(const Tile& tile) const {
-  const Region region(member_.final_margin);
+  PairMoves moves{{}, 0, WindowOf(Region(member_.final_margin)), Stride()};
   for (int family = 0; family < kPairFamilies; ++family) {
     if (!Moves(tile.params(), family)) continue;
     const PairModel& model = ModelOf(kind_, member_.width, static_cast<PairFamily>(family));
-    const PairSweep sweep = MakePairSweep(tile, model, kPairPlanes[family]);
-    for (int row = region.first; row < region.end; row += Stride())
-      tile.routines().pair_row(sweep, CellsTo(row, region.first), Stride(), region.size() / Stride());
+    moves.sweeps[static_cast<size_t>(moves.count++)] = MakePairSweep(tile, model, kPairPlanes[family]);
   }
+  tile.routines().move_pairs(moves);
 }
 
 // Moves only add to the estimate, so their order is free.

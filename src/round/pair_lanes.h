@@ -8,53 +8,46 @@
 namespace kelvo::KELVO_LEVEL {
 
 // A trial of LaneSearch. `Cells` reads the planes around the lanes' pairs, by distance in cells:
-//   Vector Residual(int side_cell, bool falling) const, Estimate(int neighbour), ... see RowCells
+//   Estimate, Floor, Observed (distance)  those planes
+//   Falling, Rising (i)                   the misfits of response cell i of either side
 //
 // A sum of magnitudes costs three operations a cell, and two where nothing can wrap: |r + s| = 2 max(r, -s) - r + s.
-// That holds while r and s lie within 2^30 of zero, as they do unless an estimate has run away; a vector that holds
-// anything greater takes the longer way, which is right for all values.
+// That holds while r and s lie within 2^30 of zero, as they do unless an estimate has run away; then the longer
+// way is taken, which is right for all values.
 template <class Cells>
 class PairLanes {
  public:
-  PairLanes(const PairSweep& sweep, const Cells& cells, Vector unit)
-      : sweep_(sweep), model_(*sweep.model), unit_(unit) {
+  // `tame`: misfits and estimate lie within 2^30 of zero.
+  PairLanes(const PairSweep& sweep, const Cells& cells, Vector unit, bool tame)
+      : sweep_(sweep), model_(*sweep.model), unit_(unit), tame_(tame) {
     a_ = cells.Estimate(model_.a);
     b_ = cells.Estimate(model_.b);
     floor_a_ = cells.Floor(model_.a);
     floor_b_ = cells.Floor(model_.b);
     data_weight_a_ = DataWeights(cells.Observed(model_.a));
     data_weight_b_ = DataWeights(cells.Observed(model_.b));
-    Vector beyond{};
     for (int i = 0; i < PairModel::kNeighbours; ++i) {
       const auto n = static_cast<size_t>(i);
-      sum_a_ += Remember(cells.Estimate(model_.neighbours_a[n]), neighbours_a_[i], beyond);
-      sum_b_ += Remember(cells.Estimate(model_.neighbours_b[n]), neighbours_b_[i], beyond);
+      sum_a_ += neighbours_a_[i] = cells.Estimate(model_.neighbours_a[n]);
+      sum_b_ += neighbours_b_[i] = cells.Estimate(model_.neighbours_b[n]);
     }
     for (int i = 0; i < model_.side; ++i) {
-      total_a_ += Remember(cells.Falling(i), residual_a_[i], beyond);
-      total_b_ += Remember(cells.Rising(i), residual_b_[i], beyond);
+      total_a_ += residual_a_[i] = cells.Falling(i);
+      total_b_ += residual_b_[i] = cells.Rising(i);
     }
-    tame_ = !Any(beyond >> 30);
   }
 
   Vector Cost(Vector units) const {
     const Vector scaled = units << sweep_.scale_shift;
     const Vector move = unit_ * scaled, a = a_ - move, b = b_ + move;
-    const Vector largest = FromSigned(ToSigned(Magnitude(a) | Magnitude(b)));
     // Steps of less than 2^13 scaled units change no cell by 2^30, as amounts go.
-    const bool tame = tame_ && !Any((Magnitude(scaled) >> 13) | (largest >> 30));
+    const bool tame = tame_ && !Any((Magnitude(scaled) >> 13) | ((Magnitude(a) | Magnitude(b)) >> 30));
     return tame ? TameCost(scaled, a, b) : WildCost(scaled, a, b);
   }
 
   void HalveUnits(Vector lanes) { unit_ = Select(lanes, ShiftRightArithmetic(unit_, 1), unit_); }
 
  private:
-  static Vector Remember(Vector value, Vector& place, Vector& beyond) {
-    place = value;
-    beyond |= value ^ Negative(value);
-    return value;
-  }
-
   Vector DataWeights(Vector observed) const {
     return Gather(DataWeightTable(sweep_.blurred), ShiftRightArithmetic(observed, 16));
   }

@@ -161,6 +161,10 @@ constexpr PairModel MakeModel(PairKind kind, const WeightGrid& weights, int fami
   SetNeighbours(model, shape.spacing);
   SetSpread(model, kind, shape);
   SetResponse(model, kind, shape, weights);
+  for (const auto& cells : {model.neighbours_a, model.neighbours_b})
+    for (const int16_t cell : cells) model.reach = Farther(model.reach, cell);
+  for (const auto& cells : {model.cells_a, model.cells_b})
+    for (size_t i = 0; i < static_cast<size_t>(model.side); ++i) model.reach = Farther(model.reach, cells[i]);
   model.spread_shift = kind == PairKind::kFine ? 0 : 2;
   // Intended: fine diagonal pairs, too, apply a quarter of their decoded step.
   model.apply_shift = kind == PairKind::kFine && family < kDiagonalPair ? 0 : 2;

@@ -17,6 +17,17 @@ struct PairSweep : MoveSweep {
   bool undo;  // moves are taken back once they are coded
 };
 
+// The sweeps of an iteration, family after family, each row by row over the same cells: every `stride`-th row and column
+// of the window, from its first on.
+struct PairMoves {
+  std::array<PairSweep, kPairFamilies> sweeps;
+  int count;
+  Window window;
+  int stride;
+
+  int PairsInRow() const { return (window.columns() + stride - 1) / stride; }
+};
+
 // Adds a move of q to the estimate around `estimate`, the pair's cell.
 inline void Spread(const PairModel& model, int32_t* estimate, int32_t q) {
   for (size_t i = 0; i < static_cast<size_t>(model.spread_count); ++i) {
@@ -29,16 +40,16 @@ PairSweep MakePairSweep(const Tile& tile, const PairModel& model, int codes_plan
 
 namespace plain {
 
-// See Routines::pair_row. A pair whose moves stay changes the planes that the next pair reads, so the order, left to
+// See Routines::move_pairs. A pair whose moves stay changes the planes that the next pair reads, so the order, left to
 // right, is part of the result.
-void PairRow(const PairSweep& sweep, int first, int stride, int count);
+void MovePairs(const PairMoves& moves);
 
 }  // namespace plain
 
 #ifdef KELVO_LEVEL
 namespace KELVO_LEVEL {
 
-void PairRow(const PairSweep& sweep, int first, int stride, int count);
+void MovePairs(const PairMoves& moves);
 
 }  // namespace KELVO_LEVEL
 #endif

@@ -15,8 +15,9 @@
 namespace kelvo {
 
 struct Compass;
-struct PairSweep;
+struct PairMoves;
 struct StepSweep;
+struct Window;
 
 struct Routines {
   // to[i] = the stencil's value at from + i, for i in 0 .. count - 1. The arrays must not overlap.
@@ -25,11 +26,11 @@ struct Routines {
   // to[i] = the least of 2000000000 and from[i + c] over all distances c in `cells`.
   void (*minimum_row)(std::span<const int16_t> cells, const int32_t* from, int32_t* to, int count);
 
-  // Searches the moves of `count` pairs, `stride` cells apart, the first at cell `first` of the plane.
-  void (*pair_row)(const PairSweep& sweep, int first, int stride, int count);
+  // Searches and codes the moves of all pairs of an iteration (round/pair_sweep.h).
+  void (*move_pairs)(const PairMoves& moves);
 
-  // Searches the steps of `count` cells along a motion, the first at cell `first` of the plane.
-  void (*step_row)(const StepSweep& sweep, int first, int count);
+  // Searches and codes the steps along a motion of the cells of a window.
+  void (*move_steps)(const StepSweep& sweep, const Window& window);
 
   // The rules of the enlargement (enlarge/rules.h).
   void (*shape_corner_row)(const int32_t* source, Compass compass, int32_t* corner, int32_t* beside, int32_t* below,

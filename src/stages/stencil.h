@@ -31,6 +31,14 @@ constexpr CellStep StepOver(int cells) {
   return {row, cells - row * kTileSize};
 }
 
+// The greater of `reach` and the rows and columns that the distance spans.
+constexpr int16_t Farther(int16_t reach, int cells) {
+  const CellStep step = StepOver(cells);
+  for (const int distance : {step.row, -step.row, step.column, -step.column})
+    reach = distance > reach ? static_cast<int16_t>(distance) : reach;
+  return reach;
+}
+
 // One partial sum: `count` cells, then an arithmetic shift right by `shift`, or left by -shift.
 struct PartialSum {
   int16_t count;
@@ -142,6 +150,15 @@ void StencilRow(const Stencil& stencil, const int32_t* from, int32_t* to, int co
 void MinimumRow(std::span<const int16_t> cells, const int32_t* from, int32_t* to, int count);
 
 }  // namespace plain
+
+#ifdef KELVO_LEVEL
+namespace KELVO_LEVEL {
+
+void StencilRow(const Stencil& stencil, const int32_t* from, int32_t* to, int count);
+void MinimumRow(std::span<const int16_t> cells, const int32_t* from, int32_t* to, int count);
+
+}  // namespace KELVO_LEVEL
+#endif
 
 }  // namespace kelvo
 
