@@ -3,9 +3,13 @@
 #define KELVO_API_LEVEL_TABLE_H
 
 #include "stages/routines.h"
+#include "stages/target.h"
 
 namespace kelvo {
 
+namespace plain {
+extern const Routines kRoutines;
+}
 namespace baseline {
 extern const Routines kRoutines;
 }

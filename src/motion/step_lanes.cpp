@@ -3,7 +3,7 @@
 #include "stages/lane_search.h"
 #include "stages/misfit_lanes.h"
 
-namespace kelvo::KELVO_LEVEL {
+namespace kelvo::KELVO_TARGET {
 namespace {
 
 // The cells `cell`, `cell + 1`, .. of a sweep under search: a trial of LaneSearch. Every lane is a StepTrial; the loads
@@ -171,4 +171,4 @@ void MoveSteps(const StepSweep& sweep, const Window& window) {
     SearchRow(sweep, coder, CellsTo(row, window.first_column), window.columns(), tame);
 }
 
-}  // namespace kelvo::KELVO_LEVEL
+}  // namespace kelvo::KELVO_TARGET

@@ -7,6 +7,7 @@
 
 #include "motion/step_model.h"
 #include "stages/move_sweep.h"
+#include "stages/target.h"
 
 namespace kelvo {
 
@@ -22,13 +23,11 @@ void MoveSteps(const StepSweep& sweep, const Window& window);
 
 }  // namespace plain
 
-#ifdef KELVO_LEVEL
-namespace KELVO_LEVEL {
+namespace KELVO_TARGET {
 
 void MoveSteps(const StepSweep& sweep, const Window& window);
 
-}  // namespace KELVO_LEVEL
-#endif
+}  // namespace KELVO_TARGET
 
 }  // namespace kelvo
 

@@ -5,7 +5,7 @@
 
 #include "stages/misfit_lanes.h"
 
-namespace kelvo::KELVO_LEVEL {
+namespace kelvo::KELVO_TARGET {
 namespace {
 
 // The planes around neighbouring pairs of a row, kStride cells apart.
@@ -69,4 +69,4 @@ void MovePairs(const PairMoves& moves) {
     }
 }
 
-}  // namespace kelvo::KELVO_LEVEL
+}  // namespace kelvo::KELVO_TARGET

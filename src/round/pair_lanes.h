@@ -5,7 +5,7 @@
 #include "round/pair_sweep.h"
 #include "stages/lane_search.h"
 
-namespace kelvo::KELVO_LEVEL {
+namespace kelvo::KELVO_TARGET {
 
 // A trial of LaneSearch. `Cells` reads the planes around the lanes' pairs, by distance in cells:
 //   Estimate, Floor, Observed (distance)  those planes
@@ -110,6 +110,6 @@ class PairLanes {
   Vector residual_a_[PairModel::kMaxSide], residual_b_[PairModel::kMaxSide];
 };
 
-}  // namespace kelvo::KELVO_LEVEL
+}  // namespace kelvo::KELVO_TARGET
 
 #endif  // KELVO_ROUND_PAIR_LANES_H

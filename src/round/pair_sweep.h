@@ -7,6 +7,7 @@
 #include "round/pair_model.h"
 #include "stages/fixed_point.h"
 #include "stages/move_sweep.h"
+#include "stages/target.h"
 #include "stages/tile.h"
 
 namespace kelvo {
@@ -46,13 +47,11 @@ void MovePairs(const PairMoves& moves);
 
 }  // namespace plain
 
-#ifdef KELVO_LEVEL
-namespace KELVO_LEVEL {
+namespace KELVO_TARGET {
 
 void MovePairs(const PairMoves& moves);
 
-}  // namespace KELVO_LEVEL
-#endif
+}  // namespace KELVO_TARGET
 
 }  // namespace kelvo
 

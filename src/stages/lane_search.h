@@ -11,7 +11,7 @@
 #include "stages/move_sweep.h"
 #include "stages/step_code.h"
 
-namespace kelvo::KELVO_LEVEL {
+namespace kelvo::KELVO_TARGET {
 
 template <class Trial>
 class LaneSearch {
@@ -137,7 +137,7 @@ class LaneCoder {
     const Vector limit = All(static_cast<uint32_t>(sweep_.half_step));
     code = Greater(code - 2, All(static_cast<uint32_t>(kLeastCode)));
     for (;;) {
-      const FloatVector factor = reinterpret_cast<FloatVector>(Gather(kStepFactorBits, code & 31));
+      const FloatVector factor = GatherFloats(kStepFactors, code & 31);
       const Vector scaled = FromSigned(__builtin_convertvector(factor * value, SignedVector));
       lanes &= LessSigned(limit, scaled) & LessSigned(All(static_cast<uint32_t>(kLeastCode)), code);
       if (!Any(lanes)) return code;
@@ -149,6 +149,6 @@ class LaneCoder {
   int32_t units_[32];
 };
 
-}  // namespace kelvo::KELVO_LEVEL
+}  // namespace kelvo::KELVO_TARGET
 
 #endif  // KELVO_STAGES_LANE_SEARCH_H

@@ -1,6 +1,6 @@
 // Vectors of 32-bit lanes, in the compiler's own vector types: the same source serves every instruction set.
 //
-// A file that uses them is compiled once per level (src/CMakeLists.txt), with KELVO_LEVEL the name of the level's
+// A file that uses them is compiled once per level (src/CMakeLists.txt), with KELVO_TARGET the name of the level's
 // namespace; all that it defines goes there, so that no function compiled for a newer machine can stand in for
 // another. Masks are vectors whose lanes are all ones or zero.
 #ifndef KELVO_STAGES_LANES_H
@@ -14,7 +14,7 @@
 #include <arm_neon.h>
 #endif
 
-namespace kelvo::KELVO_LEVEL {
+namespace kelvo::KELVO_TARGET {
 
 #if defined(__AVX512F__)
 inline constexpr int kVectorBytes = 64;
@@ -194,6 +194,18 @@ inline Vector Gather(const int32_t* table, Vector index) {
 #endif
 }
 
-}  // namespace kelvo::KELVO_LEVEL
+inline FloatVector GatherFloats(const float* table, Vector index) {
+#if defined(__AVX512F__)
+  return reinterpret_cast<FloatVector>(_mm512_i32gather_ps(reinterpret_cast<__m512i>(index), table, 4));
+#elif defined(__AVX2__)
+  return reinterpret_cast<FloatVector>(_mm256_i32gather_ps(table, reinterpret_cast<__m256i>(index), 4));
+#else
+  FloatVector v{};
+  for (int i = 0; i < kLanes; ++i) v[i] = table[index[i]];
+  return v;
+#endif
+}
+
+}  // namespace kelvo::KELVO_TARGET
 
 #endif  // KELVO_STAGES_LANES_H

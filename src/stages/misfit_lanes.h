@@ -5,7 +5,7 @@
 #include "stages/lanes.h"
 #include "stages/move_sweep.h"
 
-namespace kelvo::KELVO_LEVEL {
+namespace kelvo::KELVO_TARGET {
 
 // Fills the misfit's cells of the window, which has the columns of a vector at least. Returns whether all of them and the
 // estimate lie within 2^30 of zero: whether a sum of two of them cannot wrap.
@@ -22,6 +22,6 @@ inline bool FillMisfit(const MoveSweep& sweep, const Window& window) {
   return !Any(largest >> 30);
 }
 
-}  // namespace kelvo::KELVO_LEVEL
+}  // namespace kelvo::KELVO_TARGET
 
 #endif  // KELVO_STAGES_MISFIT_LANES_H

@@ -11,10 +11,12 @@
 
 #include "stages/cpu.h"
 #include "stages/stencil.h"
+#include "stages/step_rows.h"
 
 namespace kelvo {
 
 struct Compass;
+struct DetailThresholds;
 struct PairMoves;
 struct StepSweep;
 struct Window;
@@ -25,6 +27,20 @@ struct Routines {
 
   // to[i] = the least of 2000000000 and from[i + c] over all distances c in `cells`.
   void (*minimum_row)(std::span<const int16_t> cells, const int32_t* from, int32_t* to, int count);
+
+  // The pre-filter's rows (stages/prefilter/class_rows.h).
+  void (*measure_row)(const int32_t* smoothed, int32_t* codes, int count);
+  void (*mark_edge_row)(const int32_t* above, int32_t* codes, const int32_t* below, int count);
+  void (*choose_filter_row)(const DetailThresholds& thresholds, int32_t* codes, int count);
+  void (*split_row)(const int32_t* display, const int32_t* staged, int32_t* residual, int count);
+  bool (*mark_crowd_row)(const int32_t* residual, int32_t* codes, int count);
+
+  // Coded steps and moves (stages/step_rows.h).
+  void (*decode_row)(const StepScale& scale, const int32_t* codes, int32_t* steps, int count);
+  void (*add_row)(int32_t weight, const int32_t* from, int32_t* to, int count);
+  void (*reset_row)(CodeReset reset, int32_t* cells, int count);
+  void (*merge_row)(int32_t* cells, int count);
+  void (*damp_row)(int32_t* cells, int count);
 
   // Searches and codes the moves of all pairs of an iteration (round/pair_sweep.h).
   void (*move_pairs)(const PairMoves& moves);

@@ -13,6 +13,7 @@
 #include <initializer_list>
 #include <span>
 
+#include "stages/target.h"
 #include "stages/tile.h"
 
 namespace kelvo {
@@ -151,14 +152,12 @@ void MinimumRow(std::span<const int16_t> cells, const int32_t* from, int32_t* to
 
 }  // namespace plain
 
-#ifdef KELVO_LEVEL
-namespace KELVO_LEVEL {
+namespace KELVO_TARGET {
 
 void StencilRow(const Stencil& stencil, const int32_t* from, int32_t* to, int count);
 void MinimumRow(std::span<const int16_t> cells, const int32_t* from, int32_t* to, int count);
 
-}  // namespace KELVO_LEVEL
-#endif
+}  // namespace KELVO_TARGET
 
 }  // namespace kelvo
 

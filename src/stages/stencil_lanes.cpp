@@ -3,7 +3,7 @@
 #include "stages/lanes.h"
 #include "stages/stencil.h"
 
-namespace kelvo::KELVO_LEVEL {
+namespace kelvo::KELVO_TARGET {
 namespace {
 
 // Vectors that are worked at once, so that their sums stay in registers. Three of 16 lanes fit the rows better than
@@ -65,4 +65,4 @@ void MinimumRow(std::span<const int16_t> cells, const int32_t* from, int32_t* to
       [&](int i) { MinimumBlock<1>(cells, from + i, to + i); });
 }
 
-}  // namespace kelvo::KELVO_LEVEL
+}  // namespace kelvo::KELVO_TARGET
