@@ -41,6 +41,8 @@ class StepLanes {
     return tame ? TameCost(scaled, values) : WildCost(scaled, values);
   }
 
+  void Accept(Vector, Vector) const {}  // every move is taken back
+
   void HalveUnits(Vector lanes) {
     unit_ = Select(lanes, ShiftRightArithmetic(unit_, 1), unit_);
     SetAmounts();

@@ -8,8 +8,9 @@
 namespace kelvo::KELVO_TARGET {
 
 // A trial of LaneSearch. `Cells` reads the planes around the lanes' pairs, by distance in cells:
-//   Estimate, Floor, Observed (distance)  those planes
-//   Falling, Rising (i)                   the misfits of response cell i of either side
+//   A, B; NeighbourA, NeighbourB (i)  the estimate at the pixels and at their neighbours
+//   Floor, Observed (distance)        those planes
+//   Falling, Rising (i)               the misfits of response cell i of either side
 //
 // A sum of magnitudes costs three operations a cell, and two where nothing can wrap: |r + s| = 2 max(r, -s) - r + s.
 // That holds while r and s lie within 2^30 of zero, as they do unless an estimate has run away; then the longer
@@ -17,24 +18,27 @@ namespace kelvo::KELVO_TARGET {
 template <class Cells>
 class PairLanes {
  public:
-  // `tame`: misfits and estimate lie within 2^30 of zero.
+  // `tame`: misfits and estimate are known to lie within 2^30 of zero; Cells::kChanging: nothing is known of them.
   PairLanes(const PairSweep& sweep, const Cells& cells, Vector unit, bool tame)
       : sweep_(sweep), model_(*sweep.model), unit_(unit), tame_(tame) {
-    a_ = cells.Estimate(model_.a);
-    b_ = cells.Estimate(model_.b);
+    a_ = cells.A();
+    b_ = cells.B();
     floor_a_ = cells.Floor(model_.a);
     floor_b_ = cells.Floor(model_.b);
     data_weight_a_ = DataWeights(cells.Observed(model_.a));
     data_weight_b_ = DataWeights(cells.Observed(model_.b));
+    Vector largest{};
     for (int i = 0; i < PairModel::kNeighbours; ++i) {
-      const auto n = static_cast<size_t>(i);
-      sum_a_ += neighbours_a_[i] = cells.Estimate(model_.neighbours_a[n]);
-      sum_b_ += neighbours_b_[i] = cells.Estimate(model_.neighbours_b[n]);
+      sum_a_ += neighbours_a_[i] = cells.NeighbourA(i);
+      sum_b_ += neighbours_b_[i] = cells.NeighbourB(i);
+      if constexpr (Cells::kChanging) largest |= Magnitude(neighbours_a_[i]) | Magnitude(neighbours_b_[i]);
     }
     for (int i = 0; i < model_.side; ++i) {
       total_a_ += residual_a_[i] = cells.Falling(i);
       total_b_ += residual_b_[i] = cells.Rising(i);
+      if constexpr (Cells::kChanging) largest |= Magnitude(residual_a_[i]) | Magnitude(residual_b_[i]);
     }
+    if constexpr (Cells::kChanging) tame_ = !Any(largest >> 30);
   }
 
   Vector Cost(Vector units) const {
@@ -44,6 +48,12 @@ class PairLanes {
     const bool tame = tame_ && !Any((Magnitude(scaled) >> 13) | ((Magnitude(a) | Magnitude(b)) >> 30));
     return tame ? TameCost(scaled, a, b) : WildCost(scaled, a, b);
   }
+
+  // What moves by `step` units spread, if taken: SearchMove's steps one by one, as every one is truncated.
+  void Accept(Vector lanes, Vector step) {
+    spread_ += ShiftRightArithmetic(unit_ * (step << sweep_.scale_shift), model_.spread_shift) & lanes;
+  }
+  Vector spread() const { return spread_; }
 
   void HalveUnits(Vector lanes) { unit_ = Select(lanes, ShiftRightArithmetic(unit_, 1), unit_); }
 
@@ -105,6 +115,7 @@ class PairLanes {
   Vector unit_;
   bool tame_;
   Vector a_, b_, floor_a_, floor_b_, data_weight_a_, data_weight_b_;
+  Vector spread_{};
   Vector total_a_{}, total_b_{}, sum_a_{}, sum_b_{};  // of all residuals, and of all neighbours
   Vector neighbours_a_[PairModel::kNeighbours], neighbours_b_[PairModel::kNeighbours];
   Vector residual_a_[PairModel::kMaxSide], residual_b_[PairModel::kMaxSide];

@@ -153,6 +153,22 @@ constexpr void SetResponse(PairModel& model, PairKind kind, const PairShape& sha
   model.padded = static_cast<int16_t>((model.side + PairModel::kLanes - 1) / PairModel::kLanes * PairModel::kLanes);
 }
 
+constexpr void SetExtent(PairModel& model) {
+  int first = 0, last = 0;
+  const auto add = [&](int cell) {
+    const int column = StepOver(cell).column;
+    first = column < first ? column : first;
+    last = column > last ? column : last;
+    model.reach = Farther(model.reach, cell);
+  };
+  for (const auto& cells : {model.neighbours_a, model.neighbours_b})
+    for (const int16_t cell : cells) add(cell);
+  for (const auto& cells : {model.cells_a, model.cells_b})
+    for (size_t i = 0; i < static_cast<size_t>(model.side); ++i) add(cells[i]);
+  for (size_t i = 0; i < static_cast<size_t>(model.spread_count); ++i) add(model.spread[i].cell);
+  model.span = static_cast<int16_t>(last - first + 1);
+}
+
 constexpr PairModel MakeModel(PairKind kind, const WeightGrid& weights, int family) {
   const PairShape& shape = kind == PairKind::kFine ? kFineShapes[family] : kCoarseShapes[family];
   PairModel model{};
@@ -161,10 +177,7 @@ constexpr PairModel MakeModel(PairKind kind, const WeightGrid& weights, int fami
   SetNeighbours(model, shape.spacing);
   SetSpread(model, kind, shape);
   SetResponse(model, kind, shape, weights);
-  for (const auto& cells : {model.neighbours_a, model.neighbours_b})
-    for (const int16_t cell : cells) model.reach = Farther(model.reach, cell);
-  for (const auto& cells : {model.cells_a, model.cells_b})
-    for (size_t i = 0; i < static_cast<size_t>(model.side); ++i) model.reach = Farther(model.reach, cells[i]);
+  SetExtent(model);
   model.spread_shift = kind == PairKind::kFine ? 0 : 2;
   // Intended: fine diagonal pairs, too, apply a quarter of their decoded step.
   model.apply_shift = kind == PairKind::kFine && family < kDiagonalPair ? 0 : 2;

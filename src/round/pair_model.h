@@ -51,7 +51,8 @@ struct PairModel {
   // All distances are in cells of a plane, from the cell that holds the pair's coded move.
   int16_t a, b;
   std::array<int16_t, kNeighbours> neighbours_a, neighbours_b;
-  int16_t reach;   // rows and columns from the pair's cell to any neighbour or response cell
+  int16_t reach;   // rows and columns from the pair's cell to any that it reads or writes
+  int16_t span;    // columns from the leftmost of these cells to the rightmost, both included
   int16_t side;    // cells on one side
   int16_t padded;  // the same, rounded up to whole vectors
   std::array<int16_t, kMaxSide> cells_b, cells_a;  // where the blurred estimate rises, and falls by the same amount

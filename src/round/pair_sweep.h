@@ -47,6 +47,9 @@ void MovePairs(const PairMoves& moves);
 
 }  // namespace plain
 
+namespace avx2 {
+void MovePairs(const PairMoves& moves);
+}
 namespace KELVO_TARGET {
 
 void MovePairs(const PairMoves& moves);

@@ -4,6 +4,7 @@
 // for: lanes that are done wait until all are. The state of a trial is its number of units alone:
 //   Vector Cost(Vector units) const   cost after `units` in all
 //   void HalveUnits(Vector lanes)     halves the unit in the lanes of the mask
+//   void Accept(Vector lanes, Vector step)  told of every step that is taken
 #ifndef KELVO_STAGES_LANE_SEARCH_H
 #define KELVO_STAGES_LANE_SEARCH_H
 
@@ -28,6 +29,7 @@ class LaneSearch {
     const Vector others = active_ & ~moving;
     if (Any(others)) moving |= Turn(others, unmoved);
     units_ = sign_ & moving;
+    trial_.Accept(moving, sign_);
     if (Any(moving)) Halve(Double(moving) & moving);
     return units_;
   }
@@ -54,6 +56,7 @@ class LaneSearch {
       const Vector candidate = units_ + (sign_ << j), next = trial_.Cost(candidate);
       running &= Less(next, cost_);
       cost_ = Select(running, next, cost_);
+      trial_.Accept(running, sign_ << j);
       units_ = Select(running, candidate, units_);
       last = Select(running, All(1u << j), last);
     }
@@ -66,9 +69,11 @@ class LaneSearch {
     Vector back{};
     while (Any(step)) {
       const Vector direction = Negative(sign_ ^ back);
-      const Vector candidate = units_ + ((step ^ direction) - direction), next = trial_.Cost(candidate);
+      const Vector signed_step = (step ^ direction) - direction;
+      const Vector candidate = units_ + signed_step, next = trial_.Cost(candidate);
       const Vector better = Less(next, cost_) & ~Equal(step, Vector{});
       cost_ = Select(better, next, cost_);
+      trial_.Accept(better, signed_step);
       units_ = Select(better, candidate, units_);
       sign_ = Select(better & back, Vector{} - sign_, sign_);
       step = Select(~back | better, step >> 1, step);

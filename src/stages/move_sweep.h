@@ -35,9 +35,9 @@ struct MoveSweep {
   int32_t* blurred;  // its first 8192 cells are the weight tables
   const int32_t* observed;
   const int32_t* floor;
-  int32_t* misfit;  // scratch, a plane
-  int32_t* codes;   // the coded moves, low halves
-  int iteration;    // from 1
+  int32_t *misfit, *kept_estimate;  // scratch, a plane each
+  int32_t* codes;                   // the coded moves, low halves
+  int iteration;                    // from 1
   int half_step;
   int scale_shift;
   int32_t unit;  // linear units of one step before ScaleShift: 1.5 x GradientScale, truncated
@@ -45,11 +45,17 @@ struct MoveSweep {
 
 inline MoveSweep MakeMoveSweep(const Tile& tile, int codes_plane) {
   const TileParams& params = tile.params();
-  return {tile.Cells(kEstimate), tile.Cells(kBlurred),
-          tile.Cells(kObserved), tile.Cells(kFloor),
-          tile.Cells(kMisfit),   tile.Cells(codes_plane),
-          params.Iteration,      params.HalfStep,
-          params.ScaleShift,     TruncToInt(1.5f * params.GradientScale)};
+  return {tile.Cells(kEstimate),
+          tile.Cells(kBlurred),
+          tile.Cells(kObserved),
+          tile.Cells(kFloor),
+          tile.Cells(kMisfit),
+          tile.Cells(kKeptEstimate),
+          tile.Cells(codes_plane),
+          params.Iteration,
+          params.HalfStep,
+          params.ScaleShift,
+          TruncToInt(1.5f * params.GradientScale)};
 }
 
 // From iteration 3 on every cell has a unit of its own, by the code of its previous move.

@@ -132,7 +132,8 @@ struct Planes {
   }
   StepSweep Sweep(const StepModel& model, int iteration, int scale) {
     int32_t* c = cells.data();
-    return {{c, c + kPlane, c + 2 * kPlane, c + 3 * kPlane, c + 5 * kPlane, c + 4 * kPlane, iteration, 40, scale, 5000},
+    return {{c, c + kPlane, c + 2 * kPlane, c + 3 * kPlane, c + 5 * kPlane, nullptr, c + 4 * kPlane, iteration, 40,
+             scale, 5000},
             &model};
   }
   std::vector<int32_t> cells;
