@@ -5,11 +5,14 @@
 #include "round/pair_sweep.h"
 #include "stages/prefilter/class_rows.h"
 #include "stages/step_rows.h"
+#include "stages/tone.h"
 
 namespace kelvo::KELVO_TARGET {
 
 const Routines kRoutines = {.stencil_row = StencilRow,
                             .minimum_row = MinimumRow,
+                            .linear_row = LinearRow,
+                            .display_row = DisplayRow,
                             .measure_row = MeasureRow,
                             .mark_edge_row = MarkEdgeRow,
                             .choose_filter_row = ChooseFilterRow,

@@ -28,6 +28,10 @@ struct Routines {
   // to[i] = the least of 2000000000 and from[i + c] over all distances c in `cells`.
   void (*minimum_row)(std::span<const int16_t> cells, const int32_t* from, int32_t* to, int count);
 
+  // The tone curves over rows (stages/tone.h).
+  void (*linear_row)(const int32_t* table, const int32_t* from, int32_t* to, int count);
+  void (*display_row)(const int16_t* table, const int32_t* from, int32_t* to, int count);
+
   // The pre-filter's rows (stages/prefilter/class_rows.h).
   void (*measure_row)(const int32_t* smoothed, int32_t* codes, int count);
   void (*mark_edge_row)(const int32_t* above, int32_t* codes, const int32_t* below, int count);

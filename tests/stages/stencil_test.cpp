@@ -9,6 +9,7 @@
 #include "stages/routines.h"
 #include "stages/stencils/disc.h"
 #include "stages/stencils/isotropic.h"
+#include "stages/tone.h"
 #include "support/levels.h"
 #include "support/tiles.h"
 
@@ -89,6 +90,30 @@ TEST_CASE("a row of any length equals its cells one by one, and nothing beside i
         }
       }
   }
+}
+
+TEST_CASE("tone curves over rows, in place: every level equals the curve cell by cell") {
+  TileParams params{};
+  Bench bench;
+  for (int curve = 0; curve < 4; ++curve)
+    for (const int count : {1, 8, 37, 160}) {
+      params.CurveIndex = curve;
+      for (const Level level : RunnableLevels()) {
+        CAPTURE(std::string(NameOf(level)));
+        const Tile tile(params, bench.heap(), RoutinesOf(level));
+        std::vector<int32_t> row(static_cast<size_t>(count)), linear, display;
+        for (size_t i = 0; i < row.size(); ++i)
+          row[i] = static_cast<int32_t>(i % 3 == 0 ? Mix(static_cast<uint32_t>(i)) : (i * 4099) << 10);
+        row.back() = 0xFFFFFF;
+        linear = display = row;
+        ToLinearRow(tile, linear.data(), linear.data(), count);
+        ToDisplayRow(tile, display.data(), display.data(), count);
+        for (size_t i = 0; i < row.size(); ++i) {
+          REQUIRE(linear[i] == ToLinear(params, row[i]));
+          REQUIRE(display[i] == ToDisplay(params, row[i]));
+        }
+      }
+    }
 }
 
 TEST_CASE("every filter of the pre-filter gives its control value") {
