@@ -1,5 +1,6 @@
 #include "motion/step_model.h"
 
+#include <cassert>
 #include <utility>
 
 #include "motion/line.h"

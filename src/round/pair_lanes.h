@@ -12,7 +12,9 @@ namespace kelvo::KELVO_TARGET {
 //   Floor, Observed (distance)        those planes
 //   Falling, Rising (i)               the misfits of response cell i of either side
 //
-// A sum of magnitudes costs three operations a cell, and two where nothing can wrap: |r + s| = 2 max(r, -s) - r + s.
+// A side that rises is kept as what it lacks, observed minus blurred, so that a step lowers both sides.
+//
+// A sum of magnitudes costs three operations a cell, and two where nothing can wrap: |r - s| = 2 max(r, s) - r - s.
 // That holds while r and s lie within 2^30 of zero, as they do unless an estimate has run away; then the longer
 // way is taken, which is right for all values.
 template <class Cells>
@@ -35,8 +37,8 @@ class PairLanes {
     }
     for (int i = 0; i < model_.side; ++i) {
       total_a_ += residual_a_[i] = cells.Falling(i);
-      total_b_ += residual_b_[i] = cells.Rising(i);
-      if constexpr (Cells::kChanging) largest |= Magnitude(residual_a_[i]) | Magnitude(residual_b_[i]);
+      total_b_ += lack_b_[i] = Vector{} - cells.Rising(i);
+      if constexpr (Cells::kChanging) largest |= Magnitude(residual_a_[i]) | Magnitude(lack_b_[i]);
     }
     if constexpr (Cells::kChanging) tame_ = !Any(largest >> 30);
   }
@@ -79,10 +81,9 @@ class PairLanes {
     int i = 0;
     for (int run = 0; run < model_.run_count; ++run) {
       const Vector step = scaled * static_cast<uint32_t>(model_.runs[static_cast<size_t>(run)].amount);
-      const Vector back = Vector{} - step;
       for (const int end = model_.runs[static_cast<size_t>(run)].end; i < end; ++i) {
         over_a += Greater(residual_a_[i], step);
-        over_b += Greater(residual_b_[i], back);
+        over_b += Greater(lack_b_[i], step);
       }
     }
     for (int n = 0; n < PairModel::kNeighbours; ++n) {
@@ -91,7 +92,7 @@ class PairLanes {
     }
     const Vector total = scaled * static_cast<uint32_t>(model_.total_amount), half = Magnitude(a - b) >> 1;
     constexpr uint32_t kCount = PairModel::kNeighbours;
-    return Weighed((over_a << 1) - total_a_ - total, (over_b << 1) - total_b_ + total, a, b,
+    return Weighed((over_a << 1) - total_a_ - total, (over_b << 1) - total_b_ - total, a, b,
                    (rough_a << 1) - sum_a_ - a * kCount + half, (rough_b << 1) - sum_b_ - b * kCount + half);
   }
 
@@ -100,7 +101,7 @@ class PairLanes {
     for (int i = 0; i < model_.side; ++i) {
       const Vector step = scaled * static_cast<uint32_t>(model_.amounts[static_cast<size_t>(i)]);
       misfit_a += Magnitude(residual_a_[i] - step);
-      misfit_b += Magnitude(residual_b_[i] + step);
+      misfit_b += Magnitude(lack_b_[i] - step);
     }
     Vector rough_a = Magnitude(a - b) >> 1, rough_b = rough_a;
     for (int i = 0; i < PairModel::kNeighbours; ++i) {
@@ -118,7 +119,7 @@ class PairLanes {
   Vector spread_{};
   Vector total_a_{}, total_b_{}, sum_a_{}, sum_b_{};  // of all residuals, and of all neighbours
   Vector neighbours_a_[PairModel::kNeighbours], neighbours_b_[PairModel::kNeighbours];
-  Vector residual_a_[PairModel::kMaxSide], residual_b_[PairModel::kMaxSide];
+  Vector residual_a_[PairModel::kMaxSide], lack_b_[PairModel::kMaxSide];
 };
 
 }  // namespace kelvo::KELVO_TARGET
