@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "motion/line.h"
+#include "stages/move_sweep.h"
 
 namespace kelvo {
 namespace {

@@ -3,6 +3,7 @@
 #include <cassert>
 #include <utility>
 
+#include "stages/move_sweep.h"
 #include "stages/stencils/disc.h"
 
 namespace kelvo {
