@@ -42,7 +42,7 @@ void PrintKind(int repeats, const Kind& kind) {
   test::Bench bench;
   bench.Fill(kind.tile, kind.arguments);
   const std::vector<int32_t> cells(bench.heap(), bench.heap() + 65536);
-  const Tile tile(bench.params, bench.heap(), BaselineRoutines());
+  const Tile tile(bench.params, bench.heap(), BestRoutines());
   const auto timed = [&](auto run) {
     return Least(repeats, [&] {
       std::copy(cells.begin(), cells.end(), bench.heap());
@@ -85,7 +85,7 @@ void PrintEnlargement(int repeats) {
       "| tile | the export | without the pre-filter | literal form | literal / rows |\n|---|---|---|---|---|\n");
   for (const Kind& kind : kKinds) PrintKind(repeats, kind);
 
-  const Routines& routines = BaselineRoutines();
+  const Routines& routines = BestRoutines();
   std::printf("\n| rule | ns per block |\n|---|---|\n");
   std::printf("| corner | %.2f |\n", NanosecondsPerBlock(repeats, routines.shape_corner_row));
   std::printf("| notch | %.2f |\n", NanosecondsPerBlock(repeats, [&](const int32_t* source, Compass compass,

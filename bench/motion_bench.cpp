@@ -70,11 +70,12 @@ void PrintLanes(int repeats) {
       const MotionMember& member = MotionMemberOf(width, bucket);
       const StepModel& model = StepModelOf(StepKind::kFine, member);
       Subject s = SubjectOf(width, bucket);
-      const double plain_run = TimeFocus(s, PlainRoutines(), repeats), run = TimeFocus(s, BaselineRoutines(), repeats);
+      const double plain_run = TimeFocus(s, RoutinesOf(Level::kPlain), repeats),
+                   run = TimeFocus(s, BestRoutines(), repeats);
       s.Reset();
-      const double plain = TimeSweep(s, member, PlainRoutines(), repeats);
+      const double plain = TimeSweep(s, member, RoutinesOf(Level::kPlain), repeats);
       s.Reset();
-      const double lanes = TimeSweep(s, member, BaselineRoutines(), repeats);
+      const double lanes = TimeSweep(s, member, BestRoutines(), repeats);
       std::printf("| %d | %d | %d | %.0f | %.0f | %.2f | %.2f |\n", width, member.angle,
                   model.rising.count + model.falling.count, plain, lanes, plain / lanes, plain_run / run);
     }
@@ -89,7 +90,7 @@ void PrintMotion(int repeats) {
   });
   PrintByBucket("Motion, milliseconds per tile of focus at accuracy 0:", [&](int width, int bucket) {
     Subject s = SubjectOf(width, bucket);
-    return Text(TimeFocus(s, BaselineRoutines(), repeats), 1);
+    return Text(TimeFocus(s, BestRoutines(), repeats), 1);
   });
   PrintLanes(repeats);
 }

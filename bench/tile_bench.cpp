@@ -3,13 +3,15 @@
 // Every number is the least of several runs on the same generated tile, on one thread. The share of the pair search is
 // taken inside the driver, by timing the move stage of each iteration.
 //
-//   kelvo-bench [REPEATS [round|motion|detect|enlarge|stack]]     everything, or one part
+//   kelvo-bench [REPEATS [round|motion|detect|enlarge|stack|levels]] [--json FILE]     everything, or one part; the
+//                                                       levels side by side also as JSON (see bench/compare, bench/plot)
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 
 #include "analysis_bench.h"
 #include "enlarge_bench.h"
+#include "levels_bench.h"
 #include "motion_bench.h"
 #include "round/focus_driver.h"
 #include "stack_bench.h"
@@ -62,7 +64,7 @@ Times TimeFocus(Subject& s, int width, int accuracy, int repeats) {
   best.total = Fastest(repeats, s, [&] {
     const kelvo::RoundMember& member = kelvo::MemberOf(width);
     const TimedPass coarse(member, kelvo::PairKind::kCoarse), fine(member, kelvo::PairKind::kFine);
-    const kelvo::Tile view(s.bench.params, s.bench.heap(), kelvo::BaselineRoutines(), KELVO_VARIANT_UNDO_ROUND_MOVES);
+    const kelvo::Tile view(s.bench.params, s.bench.heap(), kelvo::BestRoutines(), KELVO_VARIANT_UNDO_ROUND_MOVES);
     kelvo::RunRoundFocus(view, member, coarse, fine);
     best.searching = std::min(best.searching, Milliseconds(coarse.searching + fine.searching));
     best.per_coarse_pair = std::min(best.per_coarse_pair, NanosecondsPerPair(coarse));
@@ -73,7 +75,7 @@ Times TimeFocus(Subject& s, int width, int accuracy, int repeats) {
 
 double TimePrefilter(Subject& s, int width, int repeats) {
   const kelvo::RoundMember& member = kelvo::MemberOf(width);
-  const kelvo::Tile view(s.bench.params, s.bench.heap(), kelvo::BaselineRoutines());
+  const kelvo::Tile view(s.bench.params, s.bench.heap(), kelvo::BestRoutines());
   return Fastest(repeats, s, [&] {
     kelvo::SetUpSchedule(s.bench.params);
     kelvo::ClearPrefilterPlanes(view);
@@ -132,6 +134,11 @@ void PrintPairs(int repeats) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  const char* json_path = nullptr;
+  if (argc > 2 && std::string(argv[argc - 2]) == "--json") {
+    json_path = argv[argc - 1];
+    argc -= 2;
+  }
   const int repeats = argc > 1 ? std::max(1, std::atoi(argv[1])) : 5;
   const std::string part = argc > 2 ? argv[2] : "all";
   const bool all = part == "all";
@@ -143,5 +150,6 @@ int main(int argc, char** argv) {
   if (all || part == "detect") kelvo::bench::PrintAnalysis(repeats);
   if (all || part == "enlarge") kelvo::bench::PrintEnlargement(repeats);
   if (all || part == "stack") kelvo::bench::PrintStack();
+  if (all || part == "levels") return kelvo::bench::PrintLevels(repeats, json_path) ? 0 : 1;
   return 0;
 }

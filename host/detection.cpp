@@ -9,6 +9,8 @@
 
 #include "analysis/jpeg_grid.h"
 #include "analysis/width_votes.h"
+#include "api/calls.h"
+#include "cpu_level.h"
 #include "errors.h"
 #include "interrupt.h"
 #include "progress.h"
@@ -54,8 +56,8 @@ class Worker {
     params.ImageHeight = job_.image->Ysize;
     params.TileTop = top;
     params.TileLeft = left;
-    if (job_.wanted.width) kelvo_detect_blur_width_for_tile(&params, heap_.data());
-    if (job_.wanted.grid) kelvo_detect_jpg_compression_for_tile(&params, heap_.data());
+    if (job_.wanted.width) Call(Operation::kDetectBlurWidth, params, heap_.data(), ChosenRoutines());
+    if (job_.wanted.grid) Call(Operation::kDetectJpegGrid, params, heap_.data(), ChosenRoutines());
     sums_.Add(params);
     return true;
   }

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "cpu_level.h"
 #include "enlarge/enlarge.h"
 #include "errors.h"
-#include "stages/routines.h"
 #include "staging.h"
 #include "tile_operation.h"
 #include "tile_window.h"
@@ -60,7 +60,7 @@ class Worker {
   template <Sample T, class Display>
   void Run(Display display) {
     TileParams params{};
-    const Tile tile(params, heap_.data(), BaselineRoutines());
+    const Tile tile(params, heap_.data(), ChosenRoutines());
     for (int row = kContextFirst; row < kContextEnd; ++row)
       for (int column = kContextFirst; column < kContextEnd; ++column)
         tile.At(kDisplay, row, column) = display(window_.Pixel<T>(row, column));

@@ -3,6 +3,7 @@
 #include <new>
 #include <vips/vips8>
 
+#include "cpu_level.h"
 #include "demo.h"
 #include "detect_job.h"
 #include "errors.h"
@@ -21,6 +22,7 @@ ExitStatus Run(const char* program, const Options& options) {
       PrintMember(options.settings.width, options.settings.direction, options.json);
       return kSuccess;
     }
+    ChosenRoutines();  // refuses a wrong KELVO_CPU before anything is done
     const VipsSession session(program, options.threads);
     if (options.command == Command::kDetect) return RunDetectJob(options);
     if (options.command == Command::kDemo) {

@@ -1,6 +1,8 @@
 #include "tile_task.h"
 
+#include "api/calls.h"
 #include "api/orientation.h"
+#include "cpu_level.h"
 #include "motion/line.h"
 #include "round/family.h"
 #include "round/shortcut.h"
@@ -61,14 +63,16 @@ TileTask RestoreTask(const RestoreSettings& settings) {
   params.JPGVerticalOffset = settings.jpeg_row;
   const uint32_t variant = settings.classic ? 0 : kBestVariant;
   const auto call = [variant](TileParams& block, int32_t* heap) {
-    return kelvo_focus_tile_with(&block, heap, variant);
+    return Call(Operation::kFocus, block, heap, ChosenRoutines(), variant);
   };
   return {params, call, RestoredFlatGround(settings.width, settings.direction, variant), settings.raw_values,
           settings.classic ? 0 : kFadedOverlap};
 }
 
 TileTask BlurTask(int width, bool raw_values, int direction) {
-  const auto call = [](TileParams& block, int32_t* heap) { return kelvo_defocus_tile(&block, heap); };
+  const auto call = [](TileParams& block, int32_t* heap) {
+    return Call(Operation::kDefocus, block, heap, ChosenRoutines());
+  };
   return {BlockOf(width, direction), call, BlurredFlatGround(width, direction), raw_values, 0};
 }
 

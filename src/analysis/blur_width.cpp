@@ -18,7 +18,7 @@ void Linearise(const Tile& tile) {
   tile.params().CurveIndex = 2;
   const int32_t* display = tile.Cells(kDisplay);
   int32_t* linear = tile.Cells(kLinear);
-  for (int i = 0; i < kPlaneCells; ++i) linear[i] = ToLinear(tile, display[i]);
+  ToLinearRow(tile, display, linear, kPlaneCells);
 }
 
 // Where a point lies in the image. Positions wrap: nobody checks them.

@@ -1,28 +1,13 @@
-// The functions of kelvo.h: empty the message, validate, call, return.
-#include <cstring>
-
-#include "analysis/blur_width.h"
-#include "analysis/jpeg_grid.h"
-#include "api/dispatch.h"
-#include "api/validate.h"
-#include "enlarge/enlarge.h"
+// The functions of kelvo.h: each makes its call with the routines of the best level that the machine has.
+#include "api/calls.h"
 #include "kelvo/kelvo.h"
 #include "stages/routines.h"
 
 namespace kelvo {
 namespace {
 
-// The message is copied with its own length and NUL; bytes behind it stay.
-bool Refused(TileParams& params, const Verdict& verdict) {
-  std::memcpy(params.Message, verdict.message, std::strlen(verdict.message) + 1);
-  return verdict.code != KELVO_OK;
-}
-
-template <class Check, class Process>
-int32_t Run(TileParams* params, int32_t* work_heap, Check check, Process process, uint32_t variant = 0) {
-  const Verdict verdict = check(*params);
-  if (!Refused(*params, verdict)) process(Tile(*params, work_heap, BaselineRoutines(), variant));
-  return verdict.code;
+int32_t Run(Operation operation, TileParams* params, int32_t* work_heap, uint32_t variant = 0) {
+  return Call(operation, *params, work_heap, BestRoutines(), variant);
 }
 
 int32_t* HeapOf(const TileParams* params) {
@@ -44,11 +29,11 @@ int32_t KELVO_CALL KVDLL_GetVersionNumber(void) {
 }
 
 int32_t KELVO_CALL kelvo_defocus_tile(TileParams* params, int32_t* work_heap) {
-  return kelvo::Run(params, work_heap, kelvo::CheckDefocus, kelvo::Defocus);
+  return kelvo::Run(kelvo::Operation::kDefocus, params, work_heap);
 }
 
 int32_t KELVO_CALL kelvo_focus_tile_with(TileParams* params, int32_t* work_heap, uint32_t variant) {
-  return kelvo::Run(params, work_heap, kelvo::CheckFocus, kelvo::Focus, variant);
+  return kelvo::Run(kelvo::Operation::kFocus, params, work_heap, variant);
 }
 
 int32_t KELVO_CALL kelvo_focus_tile(TileParams* params, int32_t* work_heap) {
@@ -56,15 +41,15 @@ int32_t KELVO_CALL kelvo_focus_tile(TileParams* params, int32_t* work_heap) {
 }
 
 int32_t KELVO_CALL kelvo_detect_blur_width_for_tile(TileParams* params, int32_t* work_heap) {
-  return kelvo::Run(params, work_heap, kelvo::CheckSize, kelvo::DetectBlurWidth);
+  return kelvo::Run(kelvo::Operation::kDetectBlurWidth, params, work_heap);
 }
 
 int32_t KELVO_CALL kelvo_detect_jpg_compression_for_tile(TileParams* params, int32_t* work_heap) {
-  return kelvo::Run(params, work_heap, kelvo::CheckJpgDetection, kelvo::DetectJpegGrid);
+  return kelvo::Run(kelvo::Operation::kDetectJpegGrid, params, work_heap);
 }
 
 int32_t KELVO_CALL kelvo_increase_resolution(TileParams* params, int32_t* work_heap) {
-  return kelvo::Run(params, work_heap, kelvo::CheckSize, kelvo::Enlarge);
+  return kelvo::Run(kelvo::Operation::kEnlarge, params, work_heap);
 }
 
 int32_t KELVO_CALL KVDLL_DefocusTile(TileParams* params) {

@@ -1,34 +1,19 @@
 #include "stages/routines.h"
 
-#include "enlarge/rules.h"
-#include "motion/step_sweep.h"
-#include "round/pair_sweep.h"
-#include "stages/fit.h"
+#include "api/level_table.h"
 
 namespace kelvo {
 
-namespace {
-
-constexpr Routines kPlain = {plain::StencilRow,  plain::MinimumRow,     plain::PairRow,
-                             plain::StepRow,     plain::ShapeCornerRow, plain::FillNotchRow,
-                             plain::JoinLineRow, plain::FitSmoothRow,   plain::FitStepRow};
-
-constexpr Routines MakeBaseline() {
-  Routines routines = kPlain;
-  routines.step_row = lanes::StepRow;
-  return routines;
+const Routines& RoutinesOf(Level level) {
+#ifdef KELVO_HAS_AVX2
+  if (level == Level::kAvx512) return avx512::kRoutines;
+  if (level == Level::kAvx2) return avx2::kRoutines;
+#endif
+  return level == Level::kPlain ? plain::kRoutines : baseline::kRoutines;
 }
 
-constexpr Routines kBaseline = MakeBaseline();
-
-}  // namespace
-
-const Routines& PlainRoutines() {
-  return kPlain;
-}
-
-const Routines& BaselineRoutines() {
-  return kBaseline;
+const Routines& BestRoutines() {
+  return RoutinesOf(BestLevel());
 }
 
 }  // namespace kelvo

@@ -8,7 +8,7 @@
 // negative: ~x reverses the order of all 32-bit values, so one form with its comparisons made on `x ^ negative` is
 // both. Averages are formed on the true values. There are no branches, so that compilers work on several blocks at
 // once; a condition is a mask, all bits set or none.
-namespace kelvo::plain {
+namespace kelvo::KELVO_TARGET {
 namespace {
 
 using Mask = int32_t;
@@ -128,4 +128,4 @@ void JoinLineRow(const int32_t* __restrict source, Compass compass, int32_t* __r
   }
 }
 
-}  // namespace kelvo::plain
+}  // namespace kelvo::KELVO_TARGET

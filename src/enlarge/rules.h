@@ -16,6 +16,8 @@
 
 #include <cstdint>
 
+#include "stages/target.h"
+
 namespace kelvo {
 
 // Distances in cells from a source pixel to its neighbours in the north and in the west, as the turned rule sees them.
@@ -25,7 +27,7 @@ struct Compass {
   int west;
 };
 
-namespace plain {
+namespace KELVO_TARGET {
 
 // Rounds the corner of a bright or dark shape towards the nearer of b and d, unless e stands alone: an isolated peak
 // keeps its block. Changes corner, beside and below.
@@ -38,7 +40,7 @@ void FillNotchRow(const int32_t* source, Compass compass, int32_t* corner, int c
 // Joins the blocks of b and d where they are part of a thin diagonal line. Changes corner and outside.
 void JoinLineRow(const int32_t* source, Compass compass, int32_t* corner, int32_t* outside, int count);
 
-}  // namespace plain
+}  // namespace KELVO_TARGET
 }  // namespace kelvo
 
 #endif  // KELVO_ENLARGE_RULES_H

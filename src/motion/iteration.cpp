@@ -21,20 +21,22 @@ void FindLineFloor(const Tile& tile, const MotionMember& member) {
 void StepPass::Move(const Tile& tile) const {
   const Region region(member_.final_margin);
   const StepSweep sweep{MakeMoveSweep(tile, kSteps), &StepModelOf(kind_, member_)};
-  for (int row = region.first; row < region.end; ++row)
-    tile.routines().step_row(sweep, CellsTo(row, region.first), region.size());
+  tile.routines().move_steps(sweep, WindowOf(region));
 }
 
 // Steps only add to the estimate, so their order is free.
 void StepPass::Apply(const Tile& tile) const {
   const Region region(member_.final_margin);
   const OperatorTaps& taps = StepModelOf(kind_, member_).taps;
+  const StepScale scale = StepScaleOf(tile.params());
   for (int row = region.first; row < region.end; ++row) {
-    const int32_t* codes = tile.Row(kSteps, row);
-    int32_t* estimate = tile.Row(kEstimate, row);
-    for (int column = region.first; column < region.end; ++column) {
-      const int32_t coded = LowHalf(codes[column]);
-      if (coded != 0) AddStep(taps, estimate + column, DecodeStep(tile.params(), coded));
+    int32_t steps[kTileSize];
+    tile.routines().decode_row(scale, tile.Row(kSteps, row, region.first), steps, region.size());
+    for (size_t k = 0; k < static_cast<size_t>(taps.count); ++k) {
+      int32_t amounts[kTileSize];
+      for (int i = 0; i < region.size(); ++i) amounts[i] = TapAmount(taps.taps[k], steps[i]);
+      tile.routines().add_row(taps.taps[k].sign, amounts, tile.Row(kEstimate, row, region.first) + taps.taps[k].cell,
+                              region.size());
     }
   }
 }

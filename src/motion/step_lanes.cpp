@@ -1,187 +1,176 @@
 // The search of plain::StepRow for neighbouring cells at once, one in each lane of a vector.
-#include <algorithm>
-
 #include "motion/step_sweep.h"
-#include "stages/lanes.h"
+#include "stages/lane_search.h"
+#include "stages/misfit_lanes.h"
 
-namespace kelvo::lanes {
+namespace kelvo::KELVO_TARGET {
 namespace {
 
-// The cells `cell`, `cell + 1`, .. of a sweep under search. Every lane is a StepTrial; the loads are contiguous.
-template <class V>
+// The cells `cell`, `cell + 1`, .. of a sweep under search: a trial of LaneSearch. Every lane is a StepTrial; the loads
+// are contiguous. As with pairs (round/pair_lanes.h), magnitudes are summed as |r + s| = 2 max(r, -s) - r + s where
+// nothing can wrap.
 class StepLanes {
  public:
-  static constexpr int kWidth = kCount<V>;
-
-  StepLanes(const StepSweep& sweep, int cell) : sweep_(sweep), model_(*sweep.model), cell_(cell) {
-    for (int i = 0; i < kWidth; ++i) {
-      previous_[i] = LowHalf(sweep.codes[cell + i]);
-      unit_[i] = UnitOf(sweep, previous_[i]);
-      first_sign_[i] = Bits(FirstSign(sweep, previous_[i]));
+  // `tame`: misfits and estimate lie within 2^30 of zero.
+  StepLanes(const StepSweep& sweep, int cell, Vector unit, bool tame)
+      : sweep_(sweep), model_(*sweep.model), cell_(cell), tame_(tame), unit_(unit) {
+    for (int i = 0; i < model_.taps.count; ++i) {
+      values_[i] = Load(sweep.estimate + cell + Tap(i).cell);
+      floors_[i] = Load(sweep.floor + cell + Tap(i).cell);
+      around_[i] = Vector{};
+      const MovedCell& moved = model_.moved[static_cast<size_t>(i)];
+      for (size_t k = 0; k < static_cast<size_t>(moved.count); ++k)
+        around_[i] += Load(sweep.estimate + cell + moved.neighbours[k]);
     }
-    for (int i = 0; i < model_.taps.count; ++i) values_[i] = Load<V>(sweep.estimate + cell + Tap(i).cell);
-    SetUnits();
-    ReadSide(model_.rising, risen_);
-    ReadSide(model_.falling, fallen_);
+    SetAmounts();
+    ReadSide(model_.rising, risen_, total_risen_);
+    ReadSide(model_.falling, fallen_, total_fallen_);
     rising_weight_ = DataWeights(model_.rising.pixel);
     falling_weight_ = DataWeights(model_.falling.pixel);
   }
 
-  // The best moves in units: SearchMove in every lane.
-  V Search() {
-    const V unmoved = CostOf(V{});
-    V sign = first_sign_;
-    V cost = CostOf(sign);
-    V moving = Less(cost, unmoved);
-    if (Any(~moving)) moving |= Turn(~moving, unmoved, sign, cost);
-    V units = sign & moving;
-    if (!Any(moving)) return units;
-    const V step = Double(moving, sign, cost, units);
-    Halve(step & moving, sign, cost, units);
-    return units;
+  Vector Cost(Vector units) const {
+    const Vector scaled = units << sweep_.scale_shift;
+    Vector values[OperatorTaps::kMax], largest{};
+    for (int i = 0; i < model_.taps.count; ++i) {
+      values[i] = values_[i] + amounts_[i] * scaled;
+      largest |= Magnitude(values[i]);
+    }
+    // Steps of less than 2^13 scaled units change no cell by 2^30, as amounts go.
+    const bool tame = tame_ && !Any((Magnitude(scaled) >> 13) | (largest >> 30));
+    return tame ? TameCost(scaled, values) : WildCost(scaled, values);
   }
 
-  // Codes the moves of lanes skip .. kWidth - 1.
-  void Store(V units, int skip) const {
-    for (int i = skip; i < kWidth; ++i) {
-      int32_t& code = sweep_.codes[cell_ + i];
-      code = WithLowHalf(code, CodeMove(sweep_, previous_[i], Signed(units[i])));
-    }
+  void Accept(Vector, Vector) const {}  // every move is taken back
+
+  void HalveUnits(Vector lanes) {
+    unit_ = Select(lanes, ShiftRightArithmetic(unit_, 1), unit_);
+    SetAmounts();
   }
 
  private:
   const OperatorTap& Tap(int i) const { return model_.taps.taps[static_cast<size_t>(i)]; }
 
-  // In the lanes that the first sign did not help, the other one; returns those that it does. They halve their unit.
-  V Turn(V lanes, V unmoved, V& sign, V& cost) {
-    const V other = CostOf(V{} - sign);
-    const V turned = lanes & Less(other, unmoved);
-    sign = Select(turned, V{} - sign, sign);
-    cost = Select(turned, other, cost);
-    if (HalvesOnReversal(sweep_) && Any(turned)) {
-      for (int i = 0; i < kWidth; ++i)
-        if (turned[i] != 0) unit_[i] >>= 1;
-      SetUnits();
-      cost = Select(turned, CostOf(sign), cost);
-    }
-    return turned;
-  }
-
-  // Doubles in the lanes where that pays; returns the last step that did, 1 if none.
-  V Double(V running, V sign, V& cost, V& units) const {
-    V last = All<V>(1);
-    for (int j = 1; j <= kMaxDoublings && Any(running); ++j) {
-      const V candidate = units + (sign << j), next = CostOf(candidate);
-      running &= Less(next, cost);
-      cost = Select(running, next, cost);
-      units = Select(running, candidate, units);
-      last = Select(running, All<V>(1u << j), last);
-    }
-    return last;
-  }
-
-  // From `step` units down: each size forward, half the size back where that fails, and forward again. A lane whose
-  // step is 0 is done.
-  void Halve(V step, V sign, V& cost, V& units) const {
-    V back{};
-    while (Any(reinterpret_cast<V>(step != 0))) {
-      const V direction = Negative(sign ^ back);
-      const V candidate = units + ((step ^ direction) - direction), next = CostOf(candidate);
-      const V better = Less(next, cost) & reinterpret_cast<V>(step != 0);
-      cost = Select(better, next, cost);
-      units = Select(better, candidate, units);
-      sign = Select(better & back, V{} - sign, sign);
-      step = Select(~back | better, step >> 1, step);
-      back = ~back & ~better;
+  // TapAmount in every lane, signed. The share of 65536 keeps the low 32 of the 48 bits of the product >> 16.
+  void SetAmounts() {
+    for (int i = 0; i < model_.taps.count; ++i) {
+      const OperatorTap& tap = Tap(i);
+      const Vector half = ShiftRightArithmetic(unit_, 1);
+      Vector amount = tap.base == TapBase::kWhole ? unit_ : tap.base == TapBase::kHalf ? half : half << 1;
+      if (tap.share != 65536) amount = MulHighSigned(amount, All(static_cast<uint32_t>(tap.share) << 16));
+      amounts_[i] = tap.sign < 0 ? Vector{} - amount : amount;
     }
   }
 
-  void SetUnits() {
-    for (int i = 0; i < model_.taps.count; ++i)
-      for (int lane = 0; lane < kWidth; ++lane)
-        amounts_[i][lane] = Bits(Tap(i).sign) * Bits(TapAmount(Tap(i), unit_[lane]));
+  void ReadSide(const StepSide& side, Vector* residuals, Vector& total) const {
+    for (int i = 0; i < side.count; ++i)
+      total += residuals[i] = Load(sweep_.misfit + cell_ + side.cells[static_cast<size_t>(i)]);
   }
 
-  void ReadSide(const StepSide& side, V* residuals) const {
-    for (int i = 0; i < side.count; ++i) {
-      const int cell = cell_ + side.cells[static_cast<size_t>(i)];
-      residuals[i] = Load<V>(sweep_.blurred + cell) - Load<V>(sweep_.observed + cell);
-    }
+  Vector DataWeights(int pixel) const {
+    return Gather(DataWeightTable(sweep_.blurred), ShiftRightArithmetic(Load(sweep_.observed + cell_ + pixel), 16));
   }
 
-  V DataWeights(int pixel) const {
-    V weights{};
-    for (int i = 0; i < kWidth; ++i) weights[i] = DataWeight(sweep_.blurred, sweep_.observed[cell_ + i + pixel] >> 16);
-    return weights;
-  }
-
-  // Cells of one amount share its product.
-  static V Misfit(const StepSide& side, const V* residuals, V scaled) {
-    V misfit{};
-    int i = 0;
-    for (int run = 0; run < side.run_count; ++run) {
-      const V step = scaled * Bits(side.runs[static_cast<size_t>(run)].amount);
-      for (const int end = side.runs[static_cast<size_t>(run)].end; i < end; ++i)
-        misfit += Magnitude(residuals[i] + step);
-    }
-    return misfit;
-  }
-
-  V RoughnessWeights(V value, int tap) const {
-    V below = ShiftRightArithmetic(value - Load<V>(sweep_.floor + cell_ + Tap(tap).cell), 1);
+  Vector RoughnessWeights(Vector value, int tap) const {
+    Vector below = ShiftRightArithmetic(value - floors_[tap], 1);
     below &= Negative(below);
-    const V index = Clamp(ShiftRightArithmetic(value + below, 16), kFirstSmoothness, kLastSmoothness);
+    const Vector index = Clamp(ShiftRightArithmetic(value + below, 16), kFirstSmoothness, kLastSmoothness);
     return Gather(SmoothnessTable(sweep_.blurred), index);
   }
 
-  V Roughness(V scaled) const {
-    V values[OperatorTaps::kMax], rough[OperatorTaps::kMax];
-    for (int i = 0; i < model_.taps.count; ++i) {
-      values[i] = values_[i] + amounts_[i] * scaled;
-      rough[i] = V{};
-      const MovedCell& moved = model_.moved[static_cast<size_t>(i)];
-      for (size_t k = 0; k < static_cast<size_t>(moved.count); ++k)
-        rough[i] += Magnitude(values[i] - Load<V>(sweep_.estimate + cell_ + moved.neighbours[k]));
-    }
+  // Adds the differences of moved cells that touch; half from either end. Returns the whole cost.
+  Vector Weighed(Vector risen, Vector fallen, const Vector* values, Vector* rough) const {
     for (size_t k = 0; k < static_cast<size_t>(model_.touching_count); ++k) {
       const TouchingCells pair = model_.touching[k];
-      const V half = Magnitude(values[pair.first] - values[pair.second]) >> 1;
+      const Vector half = Magnitude(values[pair.first] - values[pair.second]) >> 1;
       rough[pair.first] += half;
       rough[pair.second] += half;
     }
-    V cost{};
+    Vector cost = MulHigh(rising_weight_, risen) + MulHigh(falling_weight_, fallen);
     for (int i = 0; i < model_.taps.count; ++i) cost += MulHigh(RoughnessWeights(values[i], i), rough[i]);
     return cost;
   }
 
-  V CostOf(V units) const {
-    const V scaled = units << sweep_.scale_shift;
-    return MulHigh(rising_weight_, Misfit(model_.rising, risen_, scaled)) +
-           MulHigh(falling_weight_, Misfit(model_.falling, fallen_, V{} - scaled)) + Roughness(scaled);
+  // The sums of max(residual, -step) and of the steps; cells of one amount share their product.
+  static Vector TameMisfit(const StepSide& side, const Vector* residuals, Vector total, Vector scaled) {
+    Vector over{}, steps{};
+    int i = 0;
+    for (int run = 0; run < side.run_count; ++run) {
+      const Vector step = scaled * static_cast<uint32_t>(side.runs[static_cast<size_t>(run)].amount);
+      const Vector back = Vector{} - step;
+      for (const int end = side.runs[static_cast<size_t>(run)].end; i < end; ++i) {
+        over += Greater(residuals[i], back);
+        steps += step;
+      }
+    }
+    return (over << 1) - total + steps;
+  }
+
+  Vector TameCost(Vector scaled, const Vector* values) const {
+    Vector rough[OperatorTaps::kMax];
+    for (int i = 0; i < model_.taps.count; ++i) {
+      const MovedCell& moved = model_.moved[static_cast<size_t>(i)];
+      Vector over{};
+      for (size_t k = 0; k < static_cast<size_t>(moved.count); ++k)
+        over += Greater(values[i], Load(sweep_.estimate + cell_ + moved.neighbours[k]));
+      rough[i] = (over << 1) - around_[i] - values[i] * static_cast<uint32_t>(moved.count);
+    }
+    return Weighed(TameMisfit(model_.rising, risen_, total_risen_, scaled),
+                   TameMisfit(model_.falling, fallen_, total_fallen_, Vector{} - scaled), values, rough);
+  }
+
+  static Vector WildMisfit(const StepSide& side, const Vector* residuals, Vector scaled) {
+    Vector misfit{};
+    for (int i = 0; i < side.count; ++i)
+      misfit += Magnitude(residuals[i] + scaled * static_cast<uint32_t>(side.amounts[static_cast<size_t>(i)]));
+    return misfit;
+  }
+
+  Vector WildCost(Vector scaled, const Vector* values) const {
+    Vector rough[OperatorTaps::kMax];
+    for (int i = 0; i < model_.taps.count; ++i) {
+      rough[i] = Vector{};
+      const MovedCell& moved = model_.moved[static_cast<size_t>(i)];
+      for (size_t k = 0; k < static_cast<size_t>(moved.count); ++k)
+        rough[i] += Magnitude(values[i] - Load(sweep_.estimate + cell_ + moved.neighbours[k]));
+    }
+    return Weighed(WildMisfit(model_.rising, risen_, scaled), WildMisfit(model_.falling, fallen_, Vector{} - scaled),
+                   values, rough);
   }
 
   const StepSweep& sweep_;
   const StepModel& model_;
   int cell_;
-  int32_t previous_[kWidth], unit_[kWidth];
-  V first_sign_{};
-  V amounts_[OperatorTaps::kMax];
-  V values_[OperatorTaps::kMax];
-  V rising_weight_, falling_weight_;
-  V risen_[StepSide::kMax], fallen_[StepSide::kMax];
+  bool tame_;
+  Vector unit_;
+  Vector amounts_[OperatorTaps::kMax], values_[OperatorTaps::kMax], floors_[OperatorTaps::kMax];
+  Vector around_[OperatorTaps::kMax];  // sums of the neighbours that do not move
+  Vector rising_weight_, falling_weight_;
+  Vector total_risen_{}, total_fallen_{};
+  Vector risen_[StepSide::kMax], fallen_[StepSide::kMax];
 };
 
-}  // namespace
-
 // The last vector overlaps the one before it and keeps that one's codes.
-void StepRow(const StepSweep& sweep, int first, int count) {
-  constexpr int kWidth = kCount<Vector4>;
-  if (count < kWidth) return plain::StepRow(sweep, first, count);
-  for (int done = 0; done < count; done += kWidth) {
-    const int at = std::min(done, count - kWidth);
-    StepLanes<Vector4> lanes(sweep, first + at);
-    lanes.Store(lanes.Search(), done - at);
+void SearchRow(const StepSweep& sweep, const LaneCoder& coder, int first, int count, bool tame) {
+  for (int done = 0; done < count; done += kLanes) {
+    const int at = done <= count - kLanes ? done : count - kLanes;
+    int32_t* codes = sweep.codes + first + at;
+    const Vector was = Load(codes), previous = LaneCoder::Previous(was);
+    StepLanes trial(sweep, first + at, coder.Units(previous), tame);
+    LaneSearch search(trial, All(~0u), coder.FirstSign(previous), HalvesOnReversal(sweep));
+    const Vector coded = coder.Coded(was, search.Run());
+    for (int i = done - at; i < kLanes; ++i) codes[i] = static_cast<int32_t>(coded[i]);
   }
 }
 
-}  // namespace kelvo::lanes
+}  // namespace
+
+void MoveSteps(const StepSweep& sweep, const Window& window) {
+  if (window.columns() < kLanes) return plain::MoveSteps(sweep, window);
+  const bool tame = FillMisfit(sweep, window.Widened(sweep.model->reach));
+  const LaneCoder coder(sweep);
+  for (int row = window.first_row; row < window.end_row; ++row)
+    SearchRow(sweep, coder, CellsTo(row, window.first_column), window.columns(), tame);
+}
+
+}  // namespace kelvo::KELVO_TARGET

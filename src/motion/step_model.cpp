@@ -1,8 +1,10 @@
 #include "motion/step_model.h"
 
+#include <cassert>
 #include <utility>
 
 #include "motion/line.h"
+#include "stages/move_sweep.h"
 
 namespace kelvo {
 namespace {
@@ -77,6 +79,7 @@ constexpr Response SteepNarrowResponse() {
 }
 
 constexpr void Insert(StepSide& side, int cell, int amount) {
+  assert(amount <= kGreatestAmount);
   auto at = static_cast<size_t>(side.count++);
   for (; at > 0 && side.amounts[at - 1] < amount; --at) {
     side.amounts[at] = side.amounts[at - 1];
@@ -115,6 +118,14 @@ constexpr void SetSides(StepModel& model, const Response& response) {
   Finish(model.falling);
 }
 
+constexpr void SetReach(StepModel& model) {
+  for (size_t i = 0; i < static_cast<size_t>(model.taps.count); ++i)
+    for (size_t k = 0; k < static_cast<size_t>(model.moved[i].count); ++k)
+      model.reach = Farther(model.reach, model.moved[i].neighbours[k]);
+  for (const StepSide* side : {&model.rising, &model.falling})
+    for (size_t i = 0; i < static_cast<size_t>(side->count); ++i) model.reach = Farther(model.reach, side->cells[i]);
+}
+
 // The moved cell that stands for a side: the one with the largest part of the step. It is always one alone.
 constexpr int16_t MostMoved(const OperatorTaps& taps, int sign) {
   int64_t most = 0;
@@ -138,6 +149,7 @@ constexpr StepModel MakeModel(StepKind kind, int index) {
   SetSides(model, member.width == 1 && member.angle == 45
                       ? SteepNarrowResponse()
                       : Respond(model.taps, motion::CellsOf(motion::DrawModelLine(member))));
+  SetReach(model);
   model.rising.pixel = MostMoved(model.taps, 1);
   model.falling.pixel = MostMoved(model.taps, -1);
   return model;

@@ -52,6 +52,7 @@ struct StepModel {
   std::array<TouchingCells, kMaxTouching> touching;
   int16_t touching_count;
   StepSide rising, falling;  // where the blurred estimate gains, and where it loses
+  int16_t reach;             // rows and columns to any neighbour or any of their cells
 };
 
 // The model of a member's coarse or fine operator; width 1..3 have the fine one alone.

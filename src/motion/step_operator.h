@@ -58,15 +58,6 @@ constexpr int32_t TapAmount(const OperatorTap& tap, int32_t v) {
   return tap.share == 65536 ? base : static_cast<int32_t>((static_cast<int64_t>(base) * tap.share) >> 16);
 }
 
-// Adds a step of v at the pixel that `estimate` points to.
-inline void AddStep(const OperatorTaps& taps, int32_t* estimate, int32_t v) {
-  for (int i = 0; i < taps.count; ++i) {
-    const OperatorTap& tap = taps.taps[static_cast<size_t>(i)];
-    int32_t& cell = estimate[tap.cell];
-    cell = Signed(Bits(cell) + Bits(tap.sign) * Bits(TapAmount(tap, v)));
-  }
-}
-
 // The rest builds the taps at compile time.
 namespace motion {
 

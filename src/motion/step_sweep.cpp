@@ -4,8 +4,9 @@
 
 namespace kelvo::plain {
 
-void StepRow(const StepSweep& sweep, int first, int count) {
-  SearchRow<StepTrial>(sweep, first, 1, count);
+void MoveSteps(const StepSweep& sweep, const Window& window) {
+  for (int row = window.first_row; row < window.end_row; ++row)
+    SearchRow<StepTrial>(sweep, CellsTo(row, window.first_column), 1, window.columns());
 }
 
 }  // namespace kelvo::plain

@@ -7,6 +7,7 @@
 
 #include "motion/step_model.h"
 #include "stages/move_sweep.h"
+#include "stages/target.h"
 
 namespace kelvo {
 
@@ -15,18 +16,18 @@ struct StepSweep : MoveSweep {
   const StepModel* model;
 };
 
-// See Routines::step_row.
+// See Routines::move_steps.
 namespace plain {
 
-void StepRow(const StepSweep& sweep, int first, int count);
+void MoveSteps(const StepSweep& sweep, const Window& window);
 
 }  // namespace plain
 
-namespace lanes {
+namespace KELVO_TARGET {
 
-void StepRow(const StepSweep& sweep, int first, int count);
+void MoveSteps(const StepSweep& sweep, const Window& window);
 
-}  // namespace lanes
+}  // namespace KELVO_TARGET
 
 }  // namespace kelvo
 

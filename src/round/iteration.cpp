@@ -25,14 +25,13 @@ void FindFloor(const Tile& tile, const RoundMember& member) {
 }
 
 void PairPass::Move(const Tile& tile) const {
-  const Region region(member_.final_margin);
+  PairMoves moves{{}, 0, WindowOf(Region(member_.final_margin)), Stride()};
   for (int family = 0; family < kPairFamilies; ++family) {
     if (!Moves(tile.params(), family)) continue;
     const PairModel& model = ModelOf(kind_, member_.width, static_cast<PairFamily>(family));
-    const PairSweep sweep = MakePairSweep(tile, model, kPairPlanes[family]);
-    for (int row = region.first; row < region.end; row += Stride())
-      tile.routines().pair_row(sweep, CellsTo(row, region.first), Stride(), region.size() / Stride());
+    moves.sweeps[static_cast<size_t>(moves.count++)] = MakePairSweep(tile, model, kPairPlanes[family]);
   }
+  tile.routines().move_pairs(moves);
 }
 
 // Moves only add to the estimate, so their order is free.
@@ -41,15 +40,20 @@ void PairPass::Apply(const Tile& tile) const {
   for (int family = 0; family < kPairFamilies; ++family) {
     if (!Moves(tile.params(), family)) continue;
     const PairModel& model = ModelOf(kind_, member_.width, static_cast<PairFamily>(family));
-    for (int row = region.first; row < region.end; row += Stride()) {
-      const int32_t* codes = tile.Row(kPairPlanes[family], row);
-      int32_t* estimate = tile.Row(kEstimate, row);
-      for (int column = region.first; column < region.end; column += Stride()) {
-        const int32_t coded = LowHalf(codes[column]);
-        if (coded != 0) Spread(model, estimate + column, DecodeStep(tile.params(), coded) >> model.apply_shift);
-      }
-    }
+    for (int row = region.first; row < region.end; row += Stride())
+      ApplyRow(tile, region, tile.Row(kPairPlanes[family], row), model, tile.Row(kEstimate, row));
   }
+}
+
+// A coarse row holds moves at every second cell only.
+void PairPass::ApplyRow(const Tile& tile, const Region& region, const int32_t* codes, const PairModel& model,
+                        int32_t* estimate) const {
+  int32_t moves[kTileSize];
+  tile.routines().decode_row(StepScaleOf(tile.params()), codes + region.first, moves, region.size());
+  for (int i = 0; i < region.size(); ++i) moves[i] = i % Stride() == 0 ? moves[i] >> model.apply_shift : 0;
+  for (size_t i = 0; i < static_cast<size_t>(model.spread_count); ++i)
+    tile.routines().add_row(model.spread[i].weight, moves, estimate + region.first + model.spread[i].cell,
+                            region.size());
 }
 
 }  // namespace kelvo

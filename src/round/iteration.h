@@ -30,6 +30,8 @@ class PairPass {
   void Apply(const Tile& tile) const;
 
  private:
+  void ApplyRow(const Tile& tile, const Region& region, const int32_t* codes, const PairModel& model,
+                int32_t* estimate) const;
   int Stride() const { return kind_ == PairKind::kFine ? 1 : 2; }
 
   const RoundMember& member_;

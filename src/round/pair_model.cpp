@@ -3,6 +3,7 @@
 #include <cassert>
 #include <utility>
 
+#include "stages/move_sweep.h"
 #include "stages/stencils/disc.h"
 
 namespace kelvo {
@@ -104,6 +105,30 @@ constexpr int32_t Response(const WeightGrid& weights, PairKind kind, const PairS
   return sum / 4;
 }
 
+// Puts a rising cell behind those of at least its amount, and its falling twin beside it.
+constexpr void Insert(PairModel& model, int cell, int32_t amount) {
+  assert(amount <= kGreatestAmount);
+  auto i = static_cast<size_t>(model.side++);
+  for (; i > 0 && model.amounts[i - 1] < amount; --i) {
+    model.cells_b[i] = model.cells_b[i - 1];
+    model.cells_a[i] = model.cells_a[i - 1];
+    model.amounts[i] = model.amounts[i - 1];
+  }
+  model.cells_b[i] = static_cast<int16_t>(cell);
+  model.cells_a[i] = static_cast<int16_t>(model.a + model.b - cell);
+  model.amounts[i] = amount;
+}
+
+constexpr void SetRuns(PairModel& model) {
+  for (int i = 0; i < model.side; ++i) {
+    const int32_t amount = model.amounts[static_cast<size_t>(i)];
+    if (i == 0 || model.runs[static_cast<size_t>(model.run_count - 1)].amount != amount)
+      model.runs[static_cast<size_t>(model.run_count++)].amount = amount;
+    model.runs[static_cast<size_t>(model.run_count - 1)].end = static_cast<int16_t>(i + 1);
+    model.total_amount += amount;
+  }
+}
+
 // The rising side of the response, and the falling one by symmetry. Of a coarse pair's response the cells below a
 // quarter of its largest are dropped: nearly half of the cells, which carry about a tenth of it.
 constexpr void SetResponse(PairModel& model, PairKind kind, const PairShape& shape, const WeightGrid& weights) {
@@ -123,12 +148,26 @@ constexpr void SetResponse(PairModel& model, PairKind kind, const PairShape& sha
     for (int column = -kReach; column <= kReach; ++column) {
       const int32_t amount = responses[next++];
       if (amount <= 0 || (kind == PairKind::kCoarse && 4 * amount < largest)) continue;
-      const auto i = static_cast<size_t>(model.side++);
-      model.cells_b[i] = static_cast<int16_t>(CellsTo(row, column));
-      model.cells_a[i] = static_cast<int16_t>(model.a + model.b - model.cells_b[i]);
-      model.amounts[i] = amount;
+      Insert(model, CellsTo(row, column), amount);
     }
+  SetRuns(model);
   model.padded = static_cast<int16_t>((model.side + PairModel::kLanes - 1) / PairModel::kLanes * PairModel::kLanes);
+}
+
+constexpr void SetExtent(PairModel& model) {
+  int first = 0, last = 0;
+  const auto add = [&](int cell) {
+    const int column = StepOver(cell).column;
+    first = column < first ? column : first;
+    last = column > last ? column : last;
+    model.reach = Farther(model.reach, cell);
+  };
+  for (const auto& cells : {model.neighbours_a, model.neighbours_b})
+    for (const int16_t cell : cells) add(cell);
+  for (const auto& cells : {model.cells_a, model.cells_b})
+    for (size_t i = 0; i < static_cast<size_t>(model.side); ++i) add(cells[i]);
+  for (size_t i = 0; i < static_cast<size_t>(model.spread_count); ++i) add(model.spread[i].cell);
+  model.span = static_cast<int16_t>(last - first + 1);
 }
 
 constexpr PairModel MakeModel(PairKind kind, const WeightGrid& weights, int family) {
@@ -139,6 +178,7 @@ constexpr PairModel MakeModel(PairKind kind, const WeightGrid& weights, int fami
   SetNeighbours(model, shape.spacing);
   SetSpread(model, kind, shape);
   SetResponse(model, kind, shape, weights);
+  SetExtent(model);
   model.spread_shift = kind == PairKind::kFine ? 0 : 2;
   // Intended: fine diagonal pairs, too, apply a quarter of their decoded step.
   model.apply_shift = kind == PairKind::kFine && family < kDiagonalPair ? 0 : 2;

@@ -10,8 +10,11 @@ PairSweep MakePairSweep(const Tile& tile, const PairModel& model, int codes_plan
 
 namespace plain {
 
-void PairRow(const PairSweep& sweep, int first, int stride, int count) {
-  SearchRow<PairTrial>(sweep, first, stride, count);
+void MovePairs(const PairMoves& moves) {
+  for (size_t family = 0; family < static_cast<size_t>(moves.count); ++family)
+    for (int row = moves.window.first_row; row < moves.window.end_row; row += moves.stride)
+      SearchRow<PairTrial>(moves.sweeps[family], CellsTo(row, moves.window.first_column), moves.stride,
+                           moves.PairsInRow());
 }
 
 }  // namespace plain

@@ -7,6 +7,7 @@
 #include "round/pair_model.h"
 #include "stages/fixed_point.h"
 #include "stages/move_sweep.h"
+#include "stages/target.h"
 #include "stages/tile.h"
 
 namespace kelvo {
@@ -15,6 +16,17 @@ namespace kelvo {
 struct PairSweep : MoveSweep {
   const PairModel* model;
   bool undo;  // moves are taken back once they are coded
+};
+
+// The sweeps of an iteration, family after family, each row by row over the same cells: every `stride`-th row and column
+// of the window, from its first on.
+struct PairMoves {
+  std::array<PairSweep, kPairFamilies> sweeps;
+  int count;
+  Window window;
+  int stride;
+
+  int PairsInRow() const { return (window.columns() + stride - 1) / stride; }
 };
 
 // Adds a move of q to the estimate around `estimate`, the pair's cell.
@@ -29,11 +41,20 @@ PairSweep MakePairSweep(const Tile& tile, const PairModel& model, int codes_plan
 
 namespace plain {
 
-// See Routines::pair_row. A pair whose moves stay changes the planes that the next pair reads, so the order, left to
+// See Routines::move_pairs. A pair whose moves stay changes the planes that the next pair reads, so the order, left to
 // right, is part of the result.
-void PairRow(const PairSweep& sweep, int first, int stride, int count);
+void MovePairs(const PairMoves& moves);
 
 }  // namespace plain
+
+namespace avx2 {
+void MovePairs(const PairMoves& moves);
+}
+namespace KELVO_TARGET {
+
+void MovePairs(const PairMoves& moves);
+
+}  // namespace KELVO_TARGET
 
 }  // namespace kelvo
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <initializer_list>
 
+#include "stages/fit_rows.h"
 #include "stages/fixed_point.h"
 #include "stages/routines.h"
 #include "stages/tone.h"
@@ -29,10 +30,10 @@ int32_t LinearLevel(const TileParams& params, int32_t display) {
 void StageFit(const Tile& tile, const FitFrame& frame, int limit, FitStart start) {
   const int32_t* display = tile.Cells(kDisplay);
   int32_t *observed = tile.Cells(kObserved), *ahead = tile.Cells(kAhead), *limits = tile.Cells(kLimit);
-  for (int cell = 0; cell < kPlaneCells; ++cell) {
-    observed[cell] = ahead[cell] = ToLinear(tile, display[cell]);
+  ToLinearRow(tile, display, observed, kPlaneCells);
+  std::copy_n(observed, kPlaneCells, ahead);
+  for (int cell = 0; cell < kPlaneCells; ++cell)
     limits[cell] = (LinearLevel(tile.params(), display[cell]) * limit) >> 7;
-  }
   if (start == FitStart::kEstimate) {
     const Region region(frame.estimate_margin);
     for (int row = region.first; row < region.end; ++row)
@@ -43,20 +44,13 @@ void StageFit(const Tile& tile, const FitFrame& frame, int limit, FitStart start
   for (int plane : {kMisfit, kGradient}) std::fill_n(tile.Cells(plane), kPlaneCells, 0);
 }
 
-// Flat ground loses some units in the blur, by the truncation of its sums, and must not drift.
-int32_t Misfit(int32_t blurred, int32_t observed) {
-  constexpr int32_t kTruncation = 64;
-  const int32_t misfit = WrapSub(blurred, observed);
-  return misfit - Clamp(misfit, -kTruncation, kTruncation);
-}
-
 void FindMisfit(const Tile& tile, const Stencil& blur, const Area& area) {
   const int count = area.end_column - area.first_column;
   for (int row = area.first_row; row < area.end_row; ++row) {
     int32_t* misfit = tile.Row(kMisfit, row, area.first_column);
     const int32_t* observed = tile.Row(kObserved, row, area.first_column);
     tile.routines().stencil_row(blur, tile.Row(kAhead, row, area.first_column), misfit, count);
-    for (int i = 0; i < count; ++i) misfit[i] = Misfit(misfit[i], observed[i]);
+    tile.routines().fit_misfit_row(observed, misfit, count);
   }
 }
 
@@ -113,46 +107,7 @@ void FinishWithFit(const Tile& tile, const FitFrame& frame, FitStart start) {
   Fit(tile, frame, PlanFit(tile.params(), frame), start);
   const Region core(0);
   for (int row = core.first; row < core.end; ++row)
-    for (int column = core.first; column < core.end; ++column)
-      tile.At(kDisplay, row, column) = ToDisplay(tile, tile.At(kEstimate, row, column));
+    ToDisplayRow(tile, tile.Row(kEstimate, row, core.first), tile.Row(kDisplay, row, core.first), core.size());
 }
 
-namespace plain {
-namespace {
-
-// What the neighbours along a line, `step` cells apart, ask of a cell, in quarters: half of the limited slopes to both
-// sides, and a quarter of the limited bends here and, with the other sign, there.
-int32_t PullAlong(const int32_t* cell, int step, int32_t limit) {
-  const int32_t back2 = cell[-2 * step], back = cell[-step], here = *cell, next = cell[step], next2 = cell[2 * step];
-  const auto limited = [limit](int32_t value) { return Clamp(value, -limit, limit); };
-  const int32_t slopes = limited(here - back) + limited(here - next);
-  const int32_t bends =
-      2 * limited(2 * here - back - next) - limited(2 * back - back2 - here) - limited(2 * next - next2 - here);
-  return 2 * slopes + bends;
-}
-
-}  // namespace
-
-void FitSmoothRow(const int32_t* ahead, const int32_t* limit, int shift, int32_t* gradient, int count) {
-  for (int i = 0; i < count; ++i) {
-    const int32_t pull = PullAlong(ahead + i, CellsTo(0, 1), limit[i]) + PullAlong(ahead + i, CellsTo(1, 0), limit[i]);
-    const int32_t corner_pull =
-        PullAlong(ahead + i, CellsTo(1, 1), limit[i]) + PullAlong(ahead + i, CellsTo(1, -1), limit[i]);
-    const int32_t smoothness = (pull + (corner_pull >> 1)) >> (shift + 2);
-    gradient[i] = Clamp(gradient[i] + smoothness, -kLinearWhite, kLinearWhite);
-  }
-}
-
-void FitStepRow(const int32_t* gradient, const int32_t* blurred, FitPace pace, int32_t* ahead, int32_t* estimate,
-                int count) {
-  for (int i = 0; i < count; ++i) {
-    const int32_t lifted = gradient[i] + (gradient[i] - blurred[i]) * 8;
-    const int32_t next = Clamp(ahead[i] - ((lifted * pace.step) >> 3), 0, kLinearWhite);
-    const int32_t gain = ((next - estimate[i]) * pace.momentum) >> 7;
-    ahead[i] = Clamp(next + gain, 0, kLinearWhite);
-    estimate[i] = next;
-  }
-}
-
-}  // namespace plain
 }  // namespace kelvo

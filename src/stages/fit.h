@@ -70,19 +70,6 @@ enum class FitStart { kObserved, kEstimate };
 //   fields  Accuracy, RemoveNoise, JPGLevel, CurveIndex
 void FinishWithFit(const Tile& tile, const FitFrame& frame, FitStart start);
 
-// Of one step: eighths of the gradient, and 128ths of the last gain that the estimate goes ahead.
-struct FitPace {
-  int step, momentum;
-};
-
-namespace plain {
-
-// See Routines.
-void FitSmoothRow(const int32_t* ahead, const int32_t* limit, int shift, int32_t* gradient, int count);
-void FitStepRow(const int32_t* gradient, const int32_t* blurred, FitPace pace, int32_t* ahead, int32_t* estimate,
-                int count);
-
-}  // namespace plain
 }  // namespace kelvo
 
 #endif  // KELVO_STAGES_FIT_H

@@ -9,16 +9,17 @@ namespace kelvo {
 void BlurDisplay(const Tile& tile, const Stencil& blur) {
   TileParams& params = tile.params();
   SetUpSchedule(params);
-  const int32_t* display = tile.Cells(kDisplay);
-  int32_t* linear = tile.Cells(kEstimate);
-  for (int cell = 0; cell < kPlaneCells; ++cell) linear[cell] = ToLinear(tile, display[cell]);
+  int16_t reach = 0;
+  for (const int16_t cell : blur.cells) reach = Farther(reach, cell);
+  const Region seen(reach);
+  for (int row = seen.first; row < seen.end; ++row)
+    ToLinearRow(tile, tile.Row(kDisplay, row, seen.first), tile.Row(kEstimate, row, seen.first), seen.size());
 
   const Region core(0);
   for (int row = core.first; row < core.end; ++row) {
-    int32_t blurred[KELVO_CORE_SIZE];
-    tile.routines().stencil_row(blur, tile.Row(kEstimate, row, core.first), blurred, core.size());
     int32_t* result = tile.Row(kDisplay, row, core.first);
-    for (int column = 0; column < core.size(); ++column) result[column] = ToDisplay(tile, blurred[column]);
+    tile.routines().stencil_row(blur, tile.Row(kEstimate, row, core.first), result, core.size());
+    ToDisplayRow(tile, result, result, core.size());
   }
 }
 

@@ -1,112 +1,211 @@
 // Vectors of 32-bit lanes, in the compiler's own vector types: the same source serves every instruction set.
 //
-// V is a vector of uint32_t. Masks are vectors whose lanes are all ones or zero.
+// A file that uses them is compiled once per level (src/CMakeLists.txt), with KELVO_TARGET the name of the level's
+// namespace; all that it defines goes there, so that no function compiled for a newer machine can stand in for
+// another. Masks are vectors whose lanes are all ones or zero.
 #ifndef KELVO_STAGES_LANES_H
 #define KELVO_STAGES_LANES_H
 
 #include <cstdint>
 #include <cstring>
 #if defined(__SSE2__)
-#include <emmintrin.h>
+#include <immintrin.h>
+#elif defined(__ARM_NEON)
+#include <arm_neon.h>
 #endif
 
-#include "stages/fixed_point.h"
+namespace kelvo::KELVO_TARGET {
 
-namespace kelvo::lanes {
+#if defined(__AVX512F__)
+inline constexpr int kVectorBytes = 64;
+#elif defined(__AVX2__)
+inline constexpr int kVectorBytes = 32;
+#else
+inline constexpr int kVectorBytes = 16;
+#endif
 
-using Vector4 = uint32_t __attribute__((vector_size(16)));
+using Vector = uint32_t __attribute__((vector_size(kVectorBytes)));
+using SignedVector = int32_t __attribute__((vector_size(kVectorBytes)));
+using FloatVector = float __attribute__((vector_size(kVectorBytes)));
 
-template <class V>
-struct SignedOf;
-template <>
-struct SignedOf<Vector4> {
-  using Type = int32_t __attribute__((vector_size(16)));
-};
+inline constexpr int kLanes = kVectorBytes / 4;
 
-template <class V>
-inline constexpr int kCount = static_cast<int>(sizeof(V) / sizeof(uint32_t));
+inline Vector All(uint32_t value) {
+  return Vector{} + value;
+}
 
-template <class V>
-V All(uint32_t value) {
-  return V{} + value;
+inline Vector FromSigned(SignedVector v) {
+  return reinterpret_cast<Vector>(v);
+}
+inline SignedVector ToSigned(Vector v) {
+  return reinterpret_cast<SignedVector>(v);
 }
 
 // Consecutive cells, from any address.
-template <class V>
-V Load(const int32_t* cells) {
-  V v;
+inline Vector Load(const int32_t* cells) {
+  Vector v;
   std::memcpy(&v, cells, sizeof v);
   return v;
 }
+inline void Store(int32_t* cells, Vector v) {
+  std::memcpy(cells, &v, sizeof v);
+}
 
-template <class V>
-V ShiftRightArithmetic(V v, int shift) {
-  return reinterpret_cast<V>(reinterpret_cast<typename SignedOf<V>::Type>(v) >> shift);
+// 0, 1, 2, ..
+inline Vector LaneNumbers() {
+  Vector v{};
+  for (int i = 0; i < kLanes; ++i) v[i] = static_cast<uint32_t>(i);
+  return v;
+}
+
+// Every second cell, from any address. Reads one cell beyond the last.
+inline Vector LoadEven(const int32_t* cells) {
+  const Vector low = Load(cells), high = Load(cells + kLanes);
+#if defined(__AVX512F__)
+  return __builtin_shufflevector(low, high, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
+#elif defined(__AVX2__)
+  return __builtin_shufflevector(low, high, 0, 2, 4, 6, 8, 10, 12, 14);
+#else
+  return __builtin_shufflevector(low, high, 0, 2, 4, 6);
+#endif
+}
+
+inline Vector ShiftRightArithmetic(Vector v, int shift) {
+  return FromSigned(ToSigned(v) >> shift);
 }
 
 // All ones where the lane is negative as a signed number.
-template <class V>
-V Negative(V v) {
+inline Vector Negative(Vector v) {
   return ShiftRightArithmetic(v, 31);
 }
 
-template <class V>
-V Magnitude(V v) {
-  const V sign = Negative(v);
+inline Vector Magnitude(Vector v) {
+#if defined(__AVX512F__)
+  return reinterpret_cast<Vector>(_mm512_abs_epi32(reinterpret_cast<__m512i>(v)));
+#elif defined(__AVX2__)
+  return reinterpret_cast<Vector>(_mm256_abs_epi32(reinterpret_cast<__m256i>(v)));
+#else
+  const Vector sign = Negative(v);
   return (v ^ sign) - sign;
+#endif
 }
 
-template <class V>
-V Less(V a, V b) {
-  return reinterpret_cast<V>(a < b);
+inline Vector Less(Vector a, Vector b) {
+  return reinterpret_cast<Vector>(a < b);
 }
-template <class V>
-V LessSigned(V a, V b) {
-  using S = typename SignedOf<V>::Type;
-  return reinterpret_cast<V>(reinterpret_cast<S>(a) < reinterpret_cast<S>(b));
+inline Vector LessSigned(Vector a, Vector b) {
+  return reinterpret_cast<Vector>(ToSigned(a) < ToSigned(b));
+}
+inline Vector Equal(Vector a, Vector b) {
+  return reinterpret_cast<Vector>(a == b);
 }
 
-template <class V>
-V Select(V mask, V yes, V no) {
+inline Vector Select(Vector mask, Vector yes, Vector no) {
+#if defined(__AVX2__) && !defined(__AVX512F__)
+  return reinterpret_cast<Vector>(_mm256_blendv_epi8(reinterpret_cast<__m256i>(no), reinterpret_cast<__m256i>(yes),
+                                                     reinterpret_cast<__m256i>(mask)));
+#else
   return (yes & mask) | (no & ~mask);
+#endif
+}
+
+// The greater and the lesser as signed numbers.
+inline Vector Greater(Vector a, Vector b) {
+#if defined(__AVX512F__)
+  return reinterpret_cast<Vector>(_mm512_max_epi32(reinterpret_cast<__m512i>(a), reinterpret_cast<__m512i>(b)));
+#elif defined(__AVX2__)
+  return reinterpret_cast<Vector>(_mm256_max_epi32(reinterpret_cast<__m256i>(a), reinterpret_cast<__m256i>(b)));
+#else
+  return Select(LessSigned(a, b), b, a);
+#endif
+}
+inline Vector Lesser(Vector a, Vector b) {
+#if defined(__AVX512F__)
+  return reinterpret_cast<Vector>(_mm512_min_epi32(reinterpret_cast<__m512i>(a), reinterpret_cast<__m512i>(b)));
+#elif defined(__AVX2__)
+  return reinterpret_cast<Vector>(_mm256_min_epi32(reinterpret_cast<__m256i>(a), reinterpret_cast<__m256i>(b)));
+#else
+  return Select(LessSigned(a, b), a, b);
+#endif
 }
 
 // The signed lanes clamped to low .. high.
-template <class V>
-V Clamp(V v, int32_t low, int32_t high) {
-  const V floor = All<V>(Bits(low)), ceiling = All<V>(Bits(high));
-  v = Select(LessSigned(v, floor), floor, v);
-  return Select(LessSigned(ceiling, v), ceiling, v);
+inline Vector Clamp(Vector v, int32_t low, int32_t high) {
+  return Lesser(Greater(v, All(static_cast<uint32_t>(low))), All(static_cast<uint32_t>(high)));
 }
 
-inline bool Any(Vector4 mask) {
-#if defined(__SSE2__)
-  return _mm_movemask_epi8(reinterpret_cast<__m128i>(mask)) != 0;
+// Whether a bit is set in any lane.
+inline bool Any(Vector mask) {
+#if defined(__AVX512F__)
+  return _mm512_test_epi32_mask(reinterpret_cast<__m512i>(mask), reinterpret_cast<__m512i>(mask)) != 0;
+#elif defined(__AVX2__)
+  return _mm256_testz_si256(reinterpret_cast<__m256i>(mask), reinterpret_cast<__m256i>(mask)) == 0;
+#elif defined(__SSE2__)
+  return _mm_movemask_epi8(_mm_cmpeq_epi32(reinterpret_cast<__m128i>(mask), _mm_setzero_si128())) != 0xFFFF;
 #else
   return (mask[0] | mask[1] | mask[2] | mask[3]) != 0;
 #endif
 }
 
 // High halves of the unsigned products.
-inline Vector4 MulHigh(Vector4 a, Vector4 b) {
-#if defined(__SSE2__)
+inline Vector MulHigh(Vector a, Vector b) {
+#if defined(__AVX512F__)
+  const __m512i x = reinterpret_cast<__m512i>(a), y = reinterpret_cast<__m512i>(b);
+  const __m512i even = _mm512_srli_epi64(_mm512_mul_epu32(x, y), 32);
+  const __m512i odd = _mm512_mul_epu32(_mm512_srli_epi64(x, 32), _mm512_srli_epi64(y, 32));
+  return reinterpret_cast<Vector>(_mm512_mask_blend_epi32(0xAAAA, even, odd));
+#elif defined(__AVX2__)
+  const __m256i x = reinterpret_cast<__m256i>(a), y = reinterpret_cast<__m256i>(b);
+  const __m256i even = _mm256_srli_epi64(_mm256_mul_epu32(x, y), 32);
+  const __m256i odd = _mm256_mul_epu32(_mm256_srli_epi64(x, 32), _mm256_srli_epi64(y, 32));
+  return reinterpret_cast<Vector>(_mm256_blend_epi32(even, odd, 0xAA));
+#elif defined(__SSE2__)
   const __m128i x = reinterpret_cast<__m128i>(a), y = reinterpret_cast<__m128i>(b);
   const __m128i even = _mm_srli_epi64(_mm_mul_epu32(x, y), 32);
   const __m128i odd = _mm_mul_epu32(_mm_srli_epi64(x, 32), _mm_srli_epi64(y, 32));
-  return reinterpret_cast<Vector4>(_mm_or_si128(even, _mm_and_si128(odd, _mm_set_epi32(-1, 0, -1, 0))));
+  return reinterpret_cast<Vector>(_mm_or_si128(even, _mm_and_si128(odd, _mm_set_epi32(-1, 0, -1, 0))));
+#elif defined(__ARM_NEON)
+  const uint32x4_t x = reinterpret_cast<uint32x4_t>(a), y = reinterpret_cast<uint32x4_t>(b);
+  const uint32x4_t low = vreinterpretq_u32_u64(vmull_u32(vget_low_u32(x), vget_low_u32(y)));
+  const uint32x4_t high = vreinterpretq_u32_u64(vmull_u32(vget_high_u32(x), vget_high_u32(y)));
+  return reinterpret_cast<Vector>(vuzp2q_u32(low, high));
 #else
-  Vector4 product;
-  for (int i = 0; i < 4; ++i) product[i] = MulHighUnsigned(a[i], b[i]);
+  Vector product{};
+  for (int i = 0; i < kLanes; ++i) product[i] = static_cast<uint32_t>((static_cast<uint64_t>(a[i]) * b[i]) >> 32);
   return product;
 #endif
 }
 
-// table[index] of every lane.
-inline Vector4 Gather(const int32_t* table, Vector4 index) {
-  const auto at = [&](int lane) { return Bits(table[Signed(index[lane])]); };
-  return Vector4{at(0), at(1), at(2), at(3)};
+// The same for signed `a` and non-negative `b` of 32 bits: a negative lane counts 2^32 too much as unsigned.
+inline Vector MulHighSigned(Vector a, Vector b) {
+  return MulHigh(a, b) - (b & Negative(a));
 }
 
-}  // namespace kelvo::lanes
+// table[index] of every lane; the indices are signed.
+inline Vector Gather(const int32_t* table, Vector index) {
+#if defined(__AVX512F__)
+  return reinterpret_cast<Vector>(_mm512_i32gather_epi32(reinterpret_cast<__m512i>(index), table, 4));
+#elif defined(__AVX2__)
+  return reinterpret_cast<Vector>(_mm256_i32gather_epi32(table, reinterpret_cast<__m256i>(index), 4));
+#else
+  Vector v{};
+  for (int i = 0; i < kLanes; ++i) v[i] = static_cast<uint32_t>(table[static_cast<int32_t>(index[i])]);
+  return v;
+#endif
+}
+
+inline FloatVector GatherFloats(const float* table, Vector index) {
+#if defined(__AVX512F__)
+  return reinterpret_cast<FloatVector>(_mm512_i32gather_ps(reinterpret_cast<__m512i>(index), table, 4));
+#elif defined(__AVX2__)
+  return reinterpret_cast<FloatVector>(_mm256_i32gather_ps(table, reinterpret_cast<__m256i>(index), 4));
+#else
+  FloatVector v{};
+  for (int i = 0; i < kLanes; ++i) v[i] = table[index[i]];
+  return v;
+#endif
+}
+
+}  // namespace kelvo::KELVO_TARGET
 
 #endif  // KELVO_STAGES_LANES_H

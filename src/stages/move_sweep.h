@@ -6,11 +6,28 @@
 
 #include "stages/fixed_point.h"
 #include "stages/move_search.h"
+#include "stages/stencil.h"
 #include "stages/step_code.h"
 #include "stages/tile.h"
 #include "stages/weights.h"
 
 namespace kelvo {
+
+// No response to a move exceeds this, in 1/65536: what a vector of searches may step by rests on it.
+inline constexpr int kGreatestAmount = 1 << 17;
+
+// Cells of a plane: rows first_row .. end_row - 1, columns first_column .. end_column - 1.
+struct Window {
+  int first_row, end_row, first_column, end_column;
+
+  int rows() const { return end_row - first_row; }
+  int columns() const { return end_column - first_column; }
+  Window Widened(int by) const { return {first_row - by, end_row + by, first_column - by, end_column + by}; }
+};
+
+inline Window WindowOf(const Region& region) {
+  return {region.first, region.end, region.first, region.end};
+}
 
 // Pointers are to the first cells of planes.
 struct MoveSweep {
@@ -18,8 +35,9 @@ struct MoveSweep {
   int32_t* blurred;  // its first 8192 cells are the weight tables
   const int32_t* observed;
   const int32_t* floor;
-  int32_t* codes;  // the coded moves, low halves
-  int iteration;   // from 1
+  int32_t *misfit, *kept_estimate;  // scratch, a plane each
+  int32_t* codes;                   // the coded moves, low halves
+  int iteration;                    // from 1
   int half_step;
   int scale_shift;
   int32_t unit;  // linear units of one step before ScaleShift: 1.5 x GradientScale, truncated
@@ -27,9 +45,17 @@ struct MoveSweep {
 
 inline MoveSweep MakeMoveSweep(const Tile& tile, int codes_plane) {
   const TileParams& params = tile.params();
-  return {tile.Cells(kEstimate), tile.Cells(kBlurred),    tile.Cells(kObserved),
-          tile.Cells(kFloor),    tile.Cells(codes_plane), params.Iteration,
-          params.HalfStep,       params.ScaleShift,       TruncToInt(1.5f * params.GradientScale)};
+  return {tile.Cells(kEstimate),
+          tile.Cells(kBlurred),
+          tile.Cells(kObserved),
+          tile.Cells(kFloor),
+          tile.Cells(kMisfit),
+          tile.Cells(kKeptEstimate),
+          tile.Cells(codes_plane),
+          params.Iteration,
+          params.HalfStep,
+          params.ScaleShift,
+          TruncToInt(1.5f * params.GradientScale)};
 }
 
 // From iteration 3 on every cell has a unit of its own, by the code of its previous move.

@@ -36,8 +36,8 @@ void OutputCore(const Tile& tile, OutputBase base) {
     int32_t* estimate = tile.Row(kEstimate, row, core.first);
     int32_t* display = tile.Row(kDisplay, row, core.first);
     const int32_t* residual = tile.Row(kResidual, row, core.first);
+    ToDisplayRow(tile, estimate, estimate, core.size());
     for (int column = 0; column < core.size(); ++column) {
-      estimate[column] = ToDisplay(tile, estimate[column]);
       if (base == OutputBase::kEstimate) display[column] = estimate[column];
       const int32_t detail = ResidualByte(residual[column]) * 32;
       display[column] = Clamp(WrapAdd(display[column], detail - (detail >> 2)), 0, 32767);

@@ -2,21 +2,25 @@
 //
 // A stage owns geometry: planes, regions, order. A routine owns arithmetic over plain arrays, and only routines come in
 // several versions: one table per instruction set, chosen once per call and carried by the Tile. Every table gives the
-// same bits as PlainRoutines.
+// same bits.
 #ifndef KELVO_STAGES_ROUTINES_H
 #define KELVO_STAGES_ROUTINES_H
 
 #include <cstdint>
 #include <span>
 
+#include "stages/cpu.h"
 #include "stages/stencil.h"
+#include "stages/step_rows.h"
 
 namespace kelvo {
 
 struct Compass;
+struct DetailThresholds;
 struct FitPace;
-struct PairSweep;
+struct PairMoves;
 struct StepSweep;
+struct Window;
 
 struct Routines {
   // to[i] = the stencil's value at from + i, for i in 0 .. count - 1. The arrays must not overlap.
@@ -25,11 +29,29 @@ struct Routines {
   // to[i] = the least of 2000000000 and from[i + c] over all distances c in `cells`.
   void (*minimum_row)(std::span<const int16_t> cells, const int32_t* from, int32_t* to, int count);
 
-  // Searches the moves of `count` pairs, `stride` cells apart, the first at cell `first` of the plane.
-  void (*pair_row)(const PairSweep& sweep, int first, int stride, int count);
+  // The tone curves over rows (stages/tone.h).
+  void (*linear_row)(const int32_t* table, const int32_t* from, int32_t* to, int count);
+  void (*display_row)(const int16_t* table, const int32_t* from, int32_t* to, int count);
 
-  // Searches the steps of `count` cells along a motion, the first at cell `first` of the plane.
-  void (*step_row)(const StepSweep& sweep, int first, int count);
+  // The pre-filter's rows (stages/prefilter/class_rows.h).
+  void (*measure_row)(const int32_t* smoothed, int32_t* codes, int count);
+  void (*mark_edge_row)(const int32_t* above, int32_t* codes, const int32_t* below, int count);
+  void (*choose_filter_row)(const DetailThresholds& thresholds, int32_t* codes, int count);
+  void (*split_row)(const int32_t* display, const int32_t* staged, int32_t* residual, int count);
+  bool (*mark_crowd_row)(const int32_t* residual, int32_t* codes, int count);
+
+  // Coded steps and moves (stages/step_rows.h).
+  void (*decode_row)(const StepScale& scale, const int32_t* codes, int32_t* steps, int count);
+  void (*add_row)(int32_t weight, const int32_t* from, int32_t* to, int count);
+  void (*reset_row)(CodeReset reset, int32_t* cells, int count);
+  void (*merge_row)(int32_t* cells, int count);
+  void (*damp_row)(int32_t* cells, int count);
+
+  // Searches and codes the moves of all pairs of an iteration (round/pair_sweep.h).
+  void (*move_pairs)(const PairMoves& moves);
+
+  // Searches and codes the steps along a motion of the cells of a window.
+  void (*move_steps)(const StepSweep& sweep, const Window& window);
 
   // The rules of the enlargement (enlarge/rules.h).
   void (*shape_corner_row)(const int32_t* source, Compass compass, int32_t* corner, int32_t* beside, int32_t* below,
@@ -37,19 +59,19 @@ struct Routines {
   void (*fill_notch_row)(const int32_t* source, Compass compass, int32_t* corner, int count);
   void (*join_line_row)(const int32_t* source, Compass compass, int32_t* corner, int32_t* outside, int count);
 
-  // The fit (stages/fit.h). Adds what smoothness asks of `count` cells to their gradient, sum of pulls >> shift; reads
-  // two cells around `ahead`, 0..16711680. Gradients are within 16711680 either way before and after.
+  // The rows of the fit (stages/fit_rows.h).
+  void (*fit_misfit_row)(const int32_t* observed, int32_t* misfit, int count);
   void (*fit_smooth_row)(const int32_t* ahead, const int32_t* limit, int shift, int32_t* gradient, int count);
-  // Takes a step against the gradient, given with its blur, both within 16711680 either way.
-  void (*fit_step_row)(const int32_t* gradient, const int32_t* blurred, FitPace pace, int32_t* ahead,
-                       int32_t* estimate, int count);
+  void (*fit_step_row)(const int32_t* gradient, const int32_t* blurred, FitPace pace, int32_t* ahead, int32_t* estimate,
+                       int count);
 };
 
-// One thing at a time: what the other versions are checked against.
-const Routines& PlainRoutines();
+// The table of a level; Level::kPlain is what the others are checked against. Where the library was built without the
+// level, that of the greatest below it.
+const Routines& RoutinesOf(Level level);
 
-// Vectors of the baseline of the machine that the library was built for. What the exports use.
-const Routines& BaselineRoutines();
+// The table of BestLevel(): what the exports use.
+const Routines& BestRoutines();
 
 }  // namespace kelvo
 

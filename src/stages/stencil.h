@@ -13,6 +13,7 @@
 #include <initializer_list>
 #include <span>
 
+#include "stages/target.h"
 #include "stages/tile.h"
 
 namespace kelvo {
@@ -29,6 +30,14 @@ constexpr int CellsTo(int row, int column) {
 constexpr CellStep StepOver(int cells) {
   const int row = (cells + 127 * kTileSize + kTileSize / 2) / kTileSize - 127;
   return {row, cells - row * kTileSize};
+}
+
+// The greater of `reach` and the rows and columns that the distance spans.
+constexpr int16_t Farther(int16_t reach, int cells) {
+  const CellStep step = StepOver(cells);
+  for (const int distance : {step.row, -step.row, step.column, -step.column})
+    reach = distance > reach ? static_cast<int16_t>(distance) : reach;
+  return reach;
 }
 
 // One partial sum: `count` cells, then an arithmetic shift right by `shift`, or left by -shift.
@@ -142,6 +151,13 @@ void StencilRow(const Stencil& stencil, const int32_t* from, int32_t* to, int co
 void MinimumRow(std::span<const int16_t> cells, const int32_t* from, int32_t* to, int count);
 
 }  // namespace plain
+
+namespace KELVO_TARGET {
+
+void StencilRow(const Stencil& stencil, const int32_t* from, int32_t* to, int count);
+void MinimumRow(std::span<const int16_t> cells, const int32_t* from, int32_t* to, int count);
+
+}  // namespace KELVO_TARGET
 
 }  // namespace kelvo
 

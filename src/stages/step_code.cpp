@@ -1,9 +1,9 @@
 #include "stages/step_code.h"
 
 #include <cassert>
-#include <initializer_list>
 
 #include "stages/fixed_point.h"
+#include "stages/routines.h"
 
 namespace kelvo {
 namespace {
@@ -11,10 +11,6 @@ namespace {
 constexpr int kLeastCode = -8;  // from here down the factor is 0
 constexpr int kGreatestCode = 15;
 constexpr int kGreatestMantissa = 1023;
-
-// F(-7) .. F(15).
-constexpr float kStepFactors[23] = {0.07f, 0.13f, 0.18f, 0.25f, 0.35f, 0.5f,  0.71f, 1.0f,  1.4f,  2.0f,   2.8f,  4.0f,
-                                    5.7f,  8.0f,  11.0f, 16.0f, 22.0f, 32.0f, 45.0f, 64.0f, 91.0f, 128.0f, 181.0f};
 
 int32_t Scaled(int code, int32_t value) {
   return TruncToInt(StepFactor(code) * static_cast<float>(value));
@@ -48,17 +44,20 @@ int NextCode(int code, int32_t previous, int32_t value, int half_step) {
   return sign_changed ? ShrunkenCode(code, value, half_step) : GrownCode(code, value, previous);
 }
 
-template <class Change>
-void ForEachCell(const Tile& tile, int plane, Change change) {
-  int32_t* cells = tile.Cells(plane);
-  for (int i = 0; i < kPlaneCells; ++i) cells[i] = change(cells[i]);
-}
-
 }  // namespace
 
+// clang-format off
+const float kStepFactors[32] = {
+    1.0f,  1.4f,  2.0f,  2.8f,  4.0f,  5.7f,  8.0f,   11.0f,   // codes 0 .. 15
+    16.0f, 22.0f, 32.0f, 45.0f, 64.0f, 91.0f, 128.0f, 181.0f,
+    0.0f,  0.0f,  0.0f,  0.0f,  0.0f,  0.0f,  0.0f,   0.0f,    // codes -16 .. -1
+    0.0f,  0.07f, 0.13f, 0.18f, 0.25f, 0.35f, 0.5f,   0.71f};
+// clang-format on
+
+// Searching for a smaller code may ask below -16.
 float StepFactor(int code) {
   assert(code <= kGreatestCode);
-  return code <= kLeastCode ? 0.0f : kStepFactors[code - kLeastCode - 1];
+  return code <= kLeastCode ? 0.0f : kStepFactors[code & 31];
 }
 
 int32_t CodeStep(int iteration, int half_step, int32_t previous, int32_t value) {
@@ -68,6 +67,10 @@ int32_t CodeStep(int iteration, int half_step, int32_t previous, int32_t value) 
   return value * 32 + (code & 31);
 }
 
+StepScale StepScaleOf(const TileParams& params) {
+  return {params.ScaleShift & 31, params.GradientScale};
+}
+
 int32_t DecodeStep(const TileParams& params, int32_t coded) {
   const int32_t scaled = Scaled(CodeOf(coded), coded >> 5);
   const int32_t shifted = Signed(Bits(scaled) << (params.ScaleShift & 31));
@@ -75,24 +78,15 @@ int32_t DecodeStep(const TileParams& params, int32_t coded) {
 }
 
 void ResetCodes(const Tile& tile, int plane, CodeReset reset) {
-  ForEachCell(tile, plane, [reset](int32_t cell) {
-    const int32_t code = reset == CodeReset::kClear ? 0 : CodeOf(cell) >> 1;
-    const uint32_t half = (Bits(cell) & 0xFFE0u) | (Bits(code) & 31u);
-    return Signed(half << 16 | half);
-  });
+  tile.routines().reset_row(reset, tile.Cells(plane), kPlaneCells);
 }
 
 void MergeHalves(const Tile& tile, int plane) {
-  ForEachCell(tile, plane,
-              [](int32_t cell) { return Signed((Bits(cell) & 0xFFFF001Fu) | (Bits(cell) >> 16 & 0xFFE0u)); });
+  tile.routines().merge_row(tile.Cells(plane), kPlaneCells);
 }
 
 void DampCodes(const Tile& tile, int plane) {
-  ForEachCell(tile, plane, [](int32_t cell) {
-    int code = CodeOf(cell);
-    for (int limit : {14, 12, 8}) code -= code > limit ? 1 : 0;
-    return Signed((Bits(cell) & ~31u) | (Bits(code) & 31u));
-  });
+  tile.routines().damp_row(tile.Cells(plane), kPlaneCells);
 }
 
 }  // namespace kelvo

@@ -9,12 +9,16 @@
 
 #include <cstdint>
 
+#include "stages/step_rows.h"
 #include "stages/tile.h"
 
 namespace kelvo {
 
 // F(code) for code -16..15, single precision.
 float StepFactor(int code);
+
+// F(code) at code & 31.
+extern const float kStepFactors[32];
 
 // The signed low half of a cell of a coded plane.
 constexpr int32_t LowHalf(int32_t cell) {
@@ -37,10 +41,10 @@ int32_t CodeStep(int iteration, int half_step, int32_t previous, int32_t value);
 
 // Linear units of a coded half, by the block's ScaleShift and GradientScale, in single precision, truncated.
 int32_t DecodeStep(const TileParams& params, int32_t coded);
+StepScale StepScaleOf(const TileParams& params);
 
 // For every cell of a coded plane: clears (kClear) or halves (kHalve) the low half's code, then copies the low half
 // to the high half.
-enum class CodeReset { kClear, kHalve };
 void ResetCodes(const Tile& tile, int plane, CodeReset reset);
 
 // For every cell of a coded plane: the low half takes the high half's mantissa and keeps its own code.

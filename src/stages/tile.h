@@ -32,9 +32,11 @@ enum Plane : int {
   kClass = 7,          // pre-filter: bit fields that choose a cell's filter
   kSteps = 7,          // restoration from motion: coded steps along the line
   kHorizontal = 7,     // restoration: coded moves of the horizontal pairs
+  kMisfit = 8,         // restoration, while moves are searched: blurred minus observed
   kVertical = 9,       // coded moves of the vertical pairs
   kTurnScratch = 9,    // orientation: the tile while it is turned
   kDoubledClass = 9,   // enlargement: kClass, every cell as 2 x 2
+  kKeptEstimate = 10,  // restoration: the estimate in the order of waves (round/pair_waves.h)
   kDiagonal = 11,      // coded moves of the diagonal pairs
   kAntiDiagonal = 13,  // coded moves of the anti-diagonal pairs
   kSaved = 15,         // the estimate while refinement tries moves

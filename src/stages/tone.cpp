@@ -1,25 +1,41 @@
 #include "stages/tone.h"
 
+#include "stages/fixed_point.h"
+#include "stages/routines.h"
 #include "stages/tone_tables.h"
 
 namespace kelvo {
-
-int32_t ToLinear(const Tile& tile, int32_t display) {
-  const int curve = tile.params().CurveIndex;
-  return tile.Has(KELVO_VARIANT_KEEP_FRACTION) ? ForwardToneBetween(curve, display) : ForwardTone(curve, display);
-}
-
-int32_t ToDisplay(const Tile& tile, int32_t linear) {
-  const int curve = tile.params().CurveIndex;
-  return tile.Has(KELVO_VARIANT_KEEP_FRACTION) ? InverseToneBetween(curve, linear) : InverseTone(curve, linear);
-}
 
 void ToneMapRegion(const Tile& tile, int plane, int margin) {
   const Region region(margin);
   for (int row = region.first; row < region.end; ++row) {
     int32_t* cells = tile.Row(plane, row, region.first);
-    for (int column = 0; column < region.size(); ++column) cells[column] = ToLinear(tile, cells[column]);
+    ToLinearRow(tile, cells, cells, region.size());
   }
 }
+
+void ToLinearRow(const Tile& tile, const int32_t* from, int32_t* to, int count) {
+  const int curve = tile.params().CurveIndex;
+  if (!tile.Has(KELVO_VARIANT_KEEP_FRACTION)) return tile.routines().linear_row(kForwardTone[curve], from, to, count);
+  for (int i = 0; i < count; ++i) to[i] = ForwardToneBetween(curve, from[i]);
+}
+
+void ToDisplayRow(const Tile& tile, const int32_t* from, int32_t* to, int count) {
+  const int curve = tile.params().CurveIndex;
+  if (!tile.Has(KELVO_VARIANT_KEEP_FRACTION)) return tile.routines().display_row(kInverseTone[curve], from, to, count);
+  for (int i = 0; i < count; ++i) to[i] = InverseToneBetween(curve, from[i]);
+}
+
+namespace plain {
+
+void LinearRow(const int32_t* table, const int32_t* from, int32_t* to, int count) {
+  for (int i = 0; i < count; ++i) to[i] = table[(from[i] >> 7) & 255];
+}
+
+void DisplayRow(const int16_t* table, const int32_t* from, int32_t* to, int count) {
+  for (int i = 0; i < count; ++i) to[i] = table[Clamp(from[i] >> 12, 0, 4095)];
+}
+
+}  // namespace plain
 
 }  // namespace kelvo

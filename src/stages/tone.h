@@ -6,17 +6,26 @@
 #ifndef KELVO_STAGES_TONE_H
 #define KELVO_STAGES_TONE_H
 
+#include "stages/target.h"
 #include "stages/tile.h"
 
 namespace kelvo {
 
 void ToneMapRegion(const Tile& tile, int plane, int margin);
 
-// Linear value of a display value, by the block's curve.
-int32_t ToLinear(const Tile& tile, int32_t display);
+// Rows of cells by the block's curve, from display to linear values and back, through the tile's routines; `from` and `to` may be the same row.
+void ToLinearRow(const Tile& tile, const int32_t* from, int32_t* to, int count);
+void ToDisplayRow(const Tile& tile, const int32_t* from, int32_t* to, int count);
 
-// Display value 0..32706 of a linear value, by the block's curve; values outside 0..16777215 count as the nearest.
-int32_t ToDisplay(const Tile& tile, int32_t linear);
+// The entries of rows of cells, by a table of kForwardTone or of kInverseTone; `from` and `to` may be the same row.
+namespace plain {
+void LinearRow(const int32_t* table, const int32_t* from, int32_t* to, int count);
+void DisplayRow(const int16_t* table, const int32_t* from, int32_t* to, int count);
+}  // namespace plain
+namespace KELVO_TARGET {
+void LinearRow(const int32_t* table, const int32_t* from, int32_t* to, int count);
+void DisplayRow(const int16_t* table, const int32_t* from, int32_t* to, int count);
+}  // namespace KELVO_TARGET
 
 }  // namespace kelvo
 

@@ -22,8 +22,11 @@ extern const uint32_t kWeightSource[4][512];
 void BuildWeightTables(const Tile& tile);
 
 // Weight of a misfit where the observed value >> 16 is `index`, 0..255. `table` is the first cell of kBlurred.
+inline const int32_t* DataWeightTable(const int32_t* table) {
+  return table + 6400;
+}
 inline uint32_t DataWeight(const int32_t* table, int32_t index) {
-  return Bits(table[6400 + index]);
+  return Bits(DataWeightTable(table)[index]);
 }
 
 // Weight of a roughness where the estimate >> 16 is `index`; clamped to the table, because a runaway estimate

@@ -128,7 +128,7 @@ TEST_CASE("the core depends on rows and columns 93..162 alone, and the pre-filte
   for (int row = 93; row < 163; ++row)
     for (int column = 93; column < 163; ++column)
       bench.Cell(0, row, column) = tile[static_cast<size_t>(256 * row + column)];
-  EnlargeCentre(Tile(bench.params, bench.heap(), BaselineRoutines()));
+  EnlargeCentre(Tile(bench.params, bench.heap(), BestRoutines()));
   CHECK((bench.Core() == CoreOf(Enlarged(tile))));
 }
 

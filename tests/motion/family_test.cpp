@@ -15,6 +15,15 @@
 namespace kelvo::test {
 namespace {
 
+// Adds a step of v at the pixel that `estimate` points to.
+void AddStep(const OperatorTaps& taps, int32_t* estimate, int32_t v) {
+  for (int i = 0; i < taps.count; ++i) {
+    const OperatorTap& tap = taps.taps[static_cast<size_t>(i)];
+    int32_t& cell = estimate[tap.cell];
+    cell = Signed(Bits(cell) + Bits(tap.sign) * Bits(TapAmount(tap, v)));
+  }
+}
+
 // Margin, extra margin, final margin, and the sides of the sweep's and the blurred square, up to a bucket of a width.
 struct Row {
   int width, last_bucket, margin, extra, final_margin, sweep, blurred;

@@ -5,8 +5,10 @@
 #include "round/family.h"
 #include "round/pair_sweep.h"
 #include "stages/fixed_point.h"
+#include "stages/routines.h"
 #include "stages/step_code.h"
 #include "stages/weights.h"
+#include "support/levels.h"
 #include "support/tiles.h"
 
 namespace kelvo::test {
@@ -123,32 +125,49 @@ void LiteralRow(const PairSweep& sweep, PairKind kind, int first, int count) {
 
 // Estimate, blurred, observed, floor and codes; `mask` bounds the estimate, the blurred image and the floor.
 struct Planes {
-  Planes(uint32_t seed, uint32_t mask) : cells(5 * 65536) {
+  Planes(uint32_t seed, uint32_t mask) : cells(7 * 65536) {
     for (size_t i = 0; i < cells.size(); ++i)
       cells[i] = static_cast<int32_t>(Mix(static_cast<uint32_t>(i) + seed) & mask);
     for (size_t i = 65536; i < 65536 + 8192; ++i) cells[i] = static_cast<int32_t>(Mix(static_cast<uint32_t>(i) - seed));
     for (size_t i = 2 * 65536; i < 3 * 65536; ++i) cells[i] = static_cast<int32_t>(Bits(cells[i]) % 16711681);
-    for (size_t i = 4 * 65536; i < cells.size(); ++i) cells[i] = static_cast<int32_t>(Mix(static_cast<uint32_t>(i)));
+    for (size_t i = 4 * 65536; i < 5 * 65536; ++i) cells[i] = static_cast<int32_t>(Mix(static_cast<uint32_t>(i)));
   }
   PairSweep Sweep(const PairModel& model, int iteration, int scale, bool undo) {
     int32_t* c = cells.data();
-    return {{c, c + 65536, c + 2 * 65536, c + 3 * 65536, c + 4 * 65536, iteration, 40, scale, 5000}, &model, undo};
+    return {{c, c + 65536, c + 2 * 65536, c + 3 * 65536, c + 5 * 65536, c + 6 * 65536, c + 4 * 65536, iteration, 40,
+             scale, 5000},
+            &model,
+            undo};
   }
   std::vector<int32_t> cells;
 };
+
+bool SameButScratch(const Planes& a, const Planes& b) {
+  return std::equal(a.cells.begin(), a.cells.begin() + 5 * 65536, b.cells.begin());
+}
+
+// 40 pairs from row 128, column 100 on.
+PairMoves OneRow(const PairSweep& sweep, int stride) {
+  return {{sweep}, 1, {128, 129, 100, 100 + 40 * stride}, stride};
+}
 
 void CompareSearches(PairKind kind, int width, int family, uint32_t mask, bool undo) {
   CAPTURE(width);
   CAPTURE(family);
   CAPTURE(mask);
   CAPTURE(undo);
-  Planes want(static_cast<uint32_t>(width), mask), got = want;
+  Planes want(static_cast<uint32_t>(width), mask);
+  const Planes start = want;
   const PairModel& model = ModelOf(kind, width, static_cast<PairFamily>(family));
   const int iteration = 1 + (width + family + (undo ? 1 : 0)) % 3;
   const int scale = MemberOf(width).scale_shift, first = CellsTo(128, 100);
   LiteralRow(want.Sweep(model, iteration, scale, undo), kind, first, 40);
-  plain::PairRow(got.Sweep(model, iteration, scale, undo), first, kind == PairKind::kFine ? 1 : 2, 40);
-  CHECK(got.cells == want.cells);
+  for (const Level level : RunnableLevels()) {
+    CAPTURE(std::string(NameOf(level)));
+    Planes got = start;
+    RoutinesOf(level).move_pairs(OneRow(got.Sweep(model, iteration, scale, undo), kind == PairKind::kFine ? 1 : 2));
+    CHECK(SameButScratch(got, want));
+  }
 }
 
 TEST_CASE("the search from local cells equals the literal one, on fitting and on hostile planes") {
@@ -161,10 +180,43 @@ TEST_CASE("the search from local cells equals the literal one, on fitting and on
         }
 }
 
+// All families over 37 rows of 40 pairs: more rows than a vector has lanes, and moves that meet.
+void CompareLevels(PairKind kind, int width, uint32_t mask, bool undo) {
+  CAPTURE(width);
+  CAPTURE(mask);
+  CAPTURE(undo);
+  Planes start(static_cast<uint32_t>(width), mask), want = start;
+  const auto search = [&](Planes& planes, Level level) {
+    const int stride = kind == PairKind::kFine ? 1 : 2;
+    PairMoves moves{{}, kPairFamilies, {99, 99 + 37 * stride, 70, 70 + 40 * stride}, stride};
+    for (int family = 0; family < kPairFamilies; ++family)
+      moves.sweeps[static_cast<size_t>(family)] = planes.Sweep(ModelOf(kind, width, static_cast<PairFamily>(family)),
+                                                               1 + width % 3, MemberOf(width).scale_shift, undo);
+    RoutinesOf(level).move_pairs(moves);
+  };
+  search(want, Level::kPlain);
+  CHECK(!SameButScratch(want, start));
+  for (const Level level : RunnableLevels()) {
+    CAPTURE(std::string(NameOf(level)));
+    Planes got = start;
+    search(got, level);
+    CHECK(SameButScratch(got, want));
+  }
+}
+
+TEST_CASE("sweeps of many rows are the same at every level, whether moves stay or not") {
+  for (int width = 1; width <= kMaxWidth; ++width)
+    for (const uint32_t mask : {0xFFFFFFu, 0xFFFFFFFFu})
+      for (const bool undo : {false, true}) {
+        CompareLevels(PairKind::kFine, width, mask, undo);
+        if (MemberOf(width).passes == 2) CompareLevels(PairKind::kCoarse, width, mask, undo);
+      }
+}
+
 TEST_CASE("moves that are undone leave the estimate and the blurred image bit-identical") {
   Planes planes(3, 0xFFFFFF);
   const std::vector<int32_t> before = planes.cells;
-  plain::PairRow(planes.Sweep(ModelOf(PairKind::kFine, 5, kDiagonalPair), 2, 2, true), CellsTo(128, 70), 1, 120);
+  plain::MovePairs(OneRow(planes.Sweep(ModelOf(PairKind::kFine, 5, kDiagonalPair), 2, 2, true), 1));
   CHECK(std::equal(before.begin(), before.begin() + 4 * 65536, planes.cells.begin()));
   CHECK(before != planes.cells);
 }

@@ -8,9 +8,11 @@
 #include <numbers>
 #include <utility>
 
+#include "api/calls.h"
 #include "motion/focus.h"
 #include "round/focus_driver.h"
 #include "stages/tone_tables.h"
+#include "support/levels.h"
 #include "support/library.h"
 #include "support/tiles.h"
 
@@ -178,6 +180,23 @@ TEST_CASE("the picture's border turns with the tile") {
     Bench whole = Filled("soft", {9, 2}, width, 25);
     REQUIRE(kelvo_focus_tile_with(&whole.params, whole.heap(), kFitAlone) == 0);
     CHECK(whole.Core() != bench.Core());
+  }
+}
+
+TEST_CASE("every level fits bit by bit as the plain one, on fitting and on hostile tiles") {
+  for (int turn = 0; turn < 2 * kMaxWidth; ++turn) {
+    const char* kinds[] = {"soft", "wild", "blackwhite", "noise"};
+    Bench filled = Filled(kinds[turn % 4], {turn, 1}, turn / 2 + 1, turn % 2 == 0 ? 0 : 1 + turn * 67 % 359);
+    filled.params.RemoveNoise = turn % 5 - 1;
+    filled.params.Accuracy = -2;
+    CAPTURE(filled.params.BlurSpec);
+    std::vector<int32_t> plain;
+    for (const Level level : RunnableLevels()) {
+      Bench bench = filled;
+      REQUIRE(Call(Operation::kFocus, bench.params, bench.heap(), RoutinesOf(level), kFitAlone) == 0);
+      if (plain.empty()) plain = bench.Core();
+      CHECK(bench.Core() == plain);
+    }
   }
 }
 

@@ -8,6 +8,7 @@
 #include "stages/routines.h"
 #include "stages/stencils/disc.h"
 #include "stages/stencils/isotropic.h"
+#include "support/levels.h"
 #include "support/tiles.h"
 
 namespace kelvo::test {
@@ -55,14 +56,17 @@ TEST_CASE("whole runs of the pre-filter leave the control planes") {
     bench.params.JPGHorizontalOffset = 3;
     bench.params.JPGVerticalOffset = 5;
     bench.params.NoiseFloor = (c.direction ? kMotionTable : kRoundTable).noise_floor[c.width];
-    const Tile tile(bench.params, bench.heap(), PlainRoutines());
-    ClearPrefilterPlanes(tile);
-    Prefilter(tile, c.margin, c.extra);
-    const int reach = c.margin + c.extra;
-    CHECK(bench.Crc(kPreSmoothed, 61 - reach, 195 + reach) == c.smoothed);
-    CHECK(bench.Crc(kStaged, 64 - reach, 192 + reach) == c.staged);
-    CHECK(bench.Crc(kResidual, 64 - reach, 192 + reach) == c.residual);
-    CHECK(bench.Crc(kClass, 64 - reach, 192 + reach) == c.classes);
+    for (const Level level : RunnableLevels()) {
+      CAPTURE(std::string(NameOf(level)));
+      const Tile tile(bench.params, bench.heap(), RoutinesOf(level));
+      ClearPrefilterPlanes(tile);
+      Prefilter(tile, c.margin, c.extra);
+      const int reach = c.margin + c.extra;
+      CHECK(bench.Crc(kPreSmoothed, 61 - reach, 195 + reach) == c.smoothed);
+      CHECK(bench.Crc(kStaged, 64 - reach, 192 + reach) == c.staged);
+      CHECK(bench.Crc(kResidual, 64 - reach, 192 + reach) == c.residual);
+      CHECK(bench.Crc(kClass, 64 - reach, 192 + reach) == c.classes);
+    }
   }
 }
 
@@ -86,7 +90,7 @@ TEST_CASE("the pre-smoother is chosen by width and noise, and by the nearest val
 }
 
 // The enlargement runs the pre-filter on whatever stands in the block, so nothing there may lead it out of the heap.
-TEST_CASE("wild fields and wild cells are safe") {
+TEST_CASE("wild fields and wild cells are safe and give the same at every level") {
   const int32_t wild[] = {INT32_MIN, -1, 0, 15, 16, 1000000007, INT32_MAX};
   for (const int32_t value : wild)
     for (const int32_t jpeg : {0, 16, INT32_MAX}) {
@@ -96,11 +100,20 @@ TEST_CASE("wild fields and wild cells are safe") {
       bench.params.RemoveNoise = bench.params.NoiseFloor = bench.params.TileTop = bench.params.TileLeft = value;
       bench.params.JPGHorizontalOffset = bench.params.JPGVerticalOffset = -value / 3;
       bench.params.JPGCompression = jpeg;
-      const Tile tile(bench.params, bench.heap(), PlainRoutines());
-      ClearPrefilterPlanes(tile);
       const uint32_t above = bench.Crc(kStaged, 0, 64 - 39);
-      Prefilter(tile, 37, 2);
-      CHECK(bench.Crc(kStaged, 0, 64 - 39) == above);
+      uint32_t plain[3] = {};
+      for (const Level level : RunnableLevels()) {
+        CAPTURE(std::string(NameOf(level)));
+        const Tile tile(bench.params, bench.heap(), RoutinesOf(level));
+        ClearPrefilterPlanes(tile);
+        Prefilter(tile, 37, 2);
+        CHECK(bench.Crc(kStaged, 0, 64 - 39) == above);
+        for (const int plane : {kStaged, kResidual, kClass}) {
+          uint32_t& want = plain[plane - kStaged];
+          if (level == Level::kPlain) want = bench.Crc(plane, 25, 231);
+          CHECK(bench.Crc(plane, 25, 231) == want);
+        }
+      }
     }
 }
 

@@ -85,7 +85,7 @@ TEST_CASE("weight tables: ramp, scaled curve, curve, and what continues them") {
   Bench bench;
   bench.params.CurveIndex = 2;
   bench.params.Strength = 0.25f;
-  const Tile tile(bench.params, bench.heap(), PlainRoutines());
+  const Tile tile(bench.params, bench.heap(), RoutinesOf(Level::kPlain));
   const int32_t before = tile.Cells(kBlurred)[0];
   BuildWeightTables(tile);
   const int32_t* cells = tile.Cells(kBlurred);

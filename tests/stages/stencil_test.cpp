@@ -2,10 +2,16 @@
 
 #include <doctest/doctest.h>
 
+#include <array>
+
 #include "stages/fixed_point.h"
 #include "stages/prefilter/filters.h"
+#include "stages/routines.h"
 #include "stages/stencils/disc.h"
 #include "stages/stencils/isotropic.h"
+#include "stages/tone.h"
+#include "stages/tone_tables.h"
+#include "support/levels.h"
 #include "support/tiles.h"
 
 namespace kelvo::test {
@@ -44,6 +50,16 @@ TEST_CASE("normalisers are the reciprocals of the total weights") {
   for (int width = 13; width <= kMaxWidth; ++width) CHECK(ObservedSmoother(width).normaliser == smoothers[width - 13]);
 }
 
+// Whether `row` writes what `cell` gives for each of the cells, and nothing beside them.
+template <class Row, class Cell>
+bool WritesCells(int count, Row row, Cell cell) {
+  std::vector<int32_t> got(static_cast<size_t>(count) + 2, 12345);
+  row(got.data() + 1);
+  bool same = got.front() == 12345 && got.back() == 12345;
+  for (int i = 0; i < count; ++i) same = same && got[static_cast<size_t>(i) + 1] == cell(i);
+  return same;
+}
+
 TEST_CASE("a row of any length equals its cells one by one, and nothing beside it is touched") {
   std::vector<int32_t> plane(65536);
   for (const uint32_t mask : {0x7FFFu, 0xFFFFFFu, 0xFFFFFFFFu}) {
@@ -54,24 +70,51 @@ TEST_CASE("a row of any length equals its cells one by one, and nothing beside i
       for (const int count : {1, 15, 16, 17, 128, 201}) {
         CAPTURE(width);
         CAPTURE(count);
-        std::vector<int32_t> row(static_cast<size_t>(count) + 2, 12345);
-        plain::StencilRow(DiscBlur(width), from, row.data() + 1, count);
-        bool same = row.front() == 12345 && row.back() == 12345;
-        for (int i = 0; i < count; ++i)
-          same = same && row[static_cast<size_t>(i) + 1] == Evaluate(DiscBlur(width), from + i);
-        CHECK(same);
-
-        const int16_t cells[] = {-300, -1, 0, 1, 255, 777};
-        plain::MinimumRow(cells, from, row.data() + 1, count);
-        same = row.front() == 12345 && row.back() == 12345;
-        for (int i = 0; i < count; ++i) {
-          int32_t least = 2000000000;
-          for (const int16_t cell : cells) least = std::min(least, from[i + cell]);
-          same = same && row[static_cast<size_t>(i) + 1] == least;
+        constexpr std::array<int16_t, 6> cells = {-300, -1, 0, 1, 255, 777};
+        const auto least = [&](int i) {
+          int32_t value = 2000000000;
+          for (const int16_t cell : cells) value = std::min(value, from[i + cell]);
+          return value;
+        };
+        for (const Level level : RunnableLevels()) {
+          CAPTURE(std::string(NameOf(level)));
+          const Routines& routines = RoutinesOf(level);
+          Stencil blur = DiscBlur(width);
+          for (const Product product : {Product::kSigned, Product::kUnsigned}) {
+            blur.product = product;
+            CHECK(WritesCells(
+                count, [&](int32_t* to) { routines.stencil_row(blur, from, to, count); },
+                [&](int i) { return Evaluate(blur, from + i); }));
+          }
+          CHECK(WritesCells(
+              count, [&](int32_t* to) { routines.minimum_row(cells, from, to, count); }, least));
         }
-        CHECK(same);
       }
   }
+}
+
+TEST_CASE("tone curves over rows, in place: every level equals the curve cell by cell") {
+  TileParams params{};
+  Bench bench;
+  for (int curve = 0; curve < 4; ++curve)
+    for (const int count : {1, 8, 37, 160}) {
+      params.CurveIndex = curve;
+      for (const Level level : RunnableLevels()) {
+        CAPTURE(std::string(NameOf(level)));
+        const Tile tile(params, bench.heap(), RoutinesOf(level));
+        std::vector<int32_t> row(static_cast<size_t>(count)), linear, display;
+        for (size_t i = 0; i < row.size(); ++i)
+          row[i] = static_cast<int32_t>(i % 3 == 0 ? Mix(static_cast<uint32_t>(i)) : (i * 4099) << 10);
+        row.back() = 0xFFFFFF;
+        linear = display = row;
+        ToLinearRow(tile, linear.data(), linear.data(), count);
+        ToDisplayRow(tile, display.data(), display.data(), count);
+        for (size_t i = 0; i < row.size(); ++i) {
+          REQUIRE(linear[i] == ForwardTone(params.CurveIndex, row[i]));
+          REQUIRE(display[i] == InverseTone(params.CurveIndex, row[i]));
+        }
+      }
+    }
 }
 
 TEST_CASE("every filter of the pre-filter gives its control value") {

@@ -3,6 +3,7 @@
 #include <doctest/doctest.h>
 
 #include "stages/routines.h"
+#include "support/levels.h"
 #include "support/tiles.h"
 
 namespace kelvo::test {
@@ -59,7 +60,7 @@ TEST_CASE("decoded steps are single-precision products, each truncated") {
 
 TEST_CASE("passes over a coded plane change the halves they are told to") {
   Bench bench;
-  const Tile tile(bench.params, bench.heap(), PlainRoutines());
+  const Tile tile(bench.params, bench.heap(), RoutinesOf(Level::kPlain));
   const auto plane_of = [&](int32_t cell) -> int32_t& {
     std::fill_n(tile.Cells(kVertical), kPlaneCells, cell);
     return tile.At(kVertical, 255, 255);
@@ -86,6 +87,43 @@ TEST_CASE("passes over a coded plane change the halves they are told to") {
       CHECK(LowHalf(cell) == Coded(77, code < 0 ? code : damped[code]));
     }
   }
+}
+
+// What a routine makes of two rows of `count` cells, read from and written to.
+template <class Run>
+std::vector<int32_t> Rows(int count, Run run) {
+  std::vector<int32_t> rows(2 * static_cast<size_t>(count) + 2);
+  for (size_t i = 0; i < rows.size(); ++i) rows[i] = static_cast<int32_t>(Mix(static_cast<uint32_t>(i)));
+  run(rows.data(), rows.data() + count + 1, count);
+  return rows;
+}
+
+TEST_CASE("rows of coded steps: every level gives what the plain one gives, and nothing beside") {
+  const auto runs = [](const Routines& routines, const StepScale& scale, int count) {
+    const auto decode = [&](int32_t* a, int32_t* b, int n) { routines.decode_row(scale, a, b, n); };
+    const auto add = [&](int32_t* a, int32_t* b, int n) { routines.add_row(scale.shift - 3, a, b, n); };
+    const auto clear = [&](int32_t* a, int32_t*, int n) { routines.reset_row(CodeReset::kClear, a, n); };
+    const auto halve = [&](int32_t* a, int32_t*, int n) { routines.reset_row(CodeReset::kHalve, a, n); };
+    const auto merge = [&](int32_t* a, int32_t*, int n) { routines.merge_row(a, n); };
+    const auto damp = [&](int32_t* a, int32_t*, int n) { routines.damp_row(a, n); };
+    return std::vector{Rows(count, decode), Rows(count, add),   Rows(count, clear),
+                       Rows(count, halve),  Rows(count, merge), Rows(count, damp)};
+  };
+  TileParams params{};
+  for (const float gradient : {0.31f, 96.0f, 11520.0f, 3e8f})
+    for (const int count : {1, 7, 8, 31, 160}) {
+      params.GradientScale = gradient;
+      params.ScaleShift = count % 9;
+      const StepScale scale = StepScaleOf(params);
+      const auto want = runs(RoutinesOf(Level::kPlain), scale, count);
+      const std::vector<int32_t> codes = Rows(count, [](int32_t*, int32_t*, int) {});
+      for (size_t i = 0; i < static_cast<size_t>(count); ++i)
+        REQUIRE(want[0][static_cast<size_t>(count) + 1 + i] == DecodeStep(params, LowHalf(codes[i])));
+      for (const Level level : RunnableLevels()) {
+        CAPTURE(std::string(NameOf(level)));
+        CHECK(runs(RoutinesOf(level), scale, count) == want);
+      }
+    }
 }
 
 }  // namespace

@@ -4,8 +4,9 @@
 
 #include "stages/fixed_point.h"
 #include "stages/point_operator.h"
+#include "stages/prefilter/class_rows.h"
 #include "stages/prefilter/filters.h"
-#include "stages/prefilter/roughness.h"
+#include "stages/routines.h"
 
 namespace kelvo {
 namespace {
@@ -19,14 +20,8 @@ uint32_t Contrast(uint32_t code) {
 void MeasureDirections(const Tile& tile, int margin) {
   const Region region(margin);
   for (int row = region.first; row < region.end; ++row) {
-    const int32_t* smoothed = tile.Row(kPreSmoothed, row, region.first);
-    int32_t* codes = tile.Row(kClass, row, region.first);
-    for (int column = 0; column < region.size(); ++column) {
-      const Roughness rough = MeasureRoughness(smoothed + column);
-      const uint32_t contrast = Bits(std::min(rough.across >> 5, 511));
-      const uint32_t score = Bits(std::min(rough.along >> 7, 31));
-      codes[column] = Signed(Bits(rough.direction) | contrast << kContrastShift | score << kScoreShift);
-    }
+    tile.routines().measure_row(tile.Row(kPreSmoothed, row, region.first), tile.Row(kClass, row, region.first),
+                                region.size());
   }
 }
 
@@ -46,19 +41,14 @@ void MarkSquare(const Tile& tile, const Region& region, Square square, uint32_t 
     }
 }
 
+// Cells outside the region shed nothing.
 void MarkEdgeSurroundings(const Tile& tile, int margin) {
-  const auto any = [](uint32_t) { return true; };
   const Region region(margin);
-  for (int row = region.first; row < region.end; ++row)
-    for (int column = region.first; column < region.end; ++column) {
-      int32_t& cell = tile.At(kClass, row, column);
-      const uint32_t score = Bits(cell) >> kScoreShift;
-      if (score < 3) continue;
-      const uint32_t own = score >= 8 ? kOnEdge : score >= 4 ? kByEdge : kNearEdge;
-      const uint32_t before = Bits(cell);
-      if (score >= 4) MarkSquare(tile, region, {row, column, 1}, own << 1, any);
-      cell = Signed(before | own);  // the square's middle is not its own neighbour
-    }
+  for (int row = region.first; row < region.end; ++row) {
+    const int32_t* above = row > region.first ? tile.Row(kClass, row - 1, region.first) : nullptr;
+    const int32_t* below = row + 1 < region.end ? tile.Row(kClass, row + 1, region.first) : nullptr;
+    tile.routines().mark_edge_row(above, tile.Row(kClass, row, region.first), below, region.size());
+  }
 }
 
 // JPEG rings in the flat ground beside a contrast, so only flat cells are marked: an edge must not raise its own
@@ -96,26 +86,23 @@ int64_t DetailThreshold(uint32_t code, int32_t noise_floor) {
   return threshold;
 }
 
-// Filter row and directional flag, in place. Flatter cells get a wider filter; from row 4 on it is directional only
-// where noise is to be removed.
-uint32_t FilterBits(uint32_t code, int32_t noise_floor, int32_t remove_noise) {
-  const int64_t threshold = DetailThreshold(code, noise_floor);
-  const int64_t contrast = Contrast(code);
-  uint32_t row = 0;
-  while (row < 5 && contrast <= threshold >> row) ++row;
-  const bool directional = row >= 1 && (row <= 3 || (row == 4 && remove_noise >= 2));
-  return row << kRowShift | (directional ? kDirectional : 0);
+// Flatter cells get a wider filter; from row 4 on it is directional only where noise is to be removed. A negative
+// threshold and one beyond 511 << 4 compare like -1 and 8191.
+DetailThresholds MakeThresholds(const TileParams& params) {
+  DetailThresholds thresholds{};
+  for (uint32_t flags = 0; flags < 64; ++flags) {
+    const int64_t threshold = DetailThreshold((flags & 7) << 13 | (flags >> 3) << 23, params.NoiseFloor);
+    thresholds.of[flags] = static_cast<int32_t>(std::clamp<int64_t>(threshold, -1, 8191));
+  }
+  thresholds.last_directional = params.RemoveNoise >= 2 ? 4 : 3;
+  return thresholds;
 }
 
 void ChooseFilters(const Tile& tile, int margin) {
   const Region region(margin);
-  const TileParams& params = tile.params();
+  const DetailThresholds thresholds = MakeThresholds(tile.params());
   for (int row = region.first; row < region.end; ++row)
-    for (int column = region.first; column < region.end; ++column) {
-      int32_t& cell = tile.At(kClass, row, column);
-      const uint32_t code = Bits(cell) & ~(kRowMask << kRowShift | kDirectional);
-      cell = Signed(code | FilterBits(code, params.NoiseFloor, params.RemoveNoise));
-    }
+    tile.routines().choose_filter_row(thresholds, tile.Row(kClass, row, region.first), region.size());
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "stages/fixed_point.h"
 #include "stages/prefilter/classify.h"
+#include "stages/routines.h"
 
 namespace kelvo {
 namespace {
@@ -11,8 +12,6 @@ namespace {
 using class_code::kLimited;
 using class_code::kOverLimit;
 
-constexpr int32_t kGreatest = 127;
-constexpr int kCrowdSum = 192;           // over a 3 x 3 block: more than 5 grey levels a cell
 constexpr int kCrowdRadiusSquared = 32;  // how far a crowd limits its neighbours
 
 int32_t WithByte(int32_t cell, int32_t residual) {
@@ -27,22 +26,20 @@ void ForEachCell(int margin, Change change) {
 }
 
 void Split(const Tile& tile, int margin) {
-  ForEachCell(margin, [&](int row, int column) {
-    const int32_t taken = WrapSub(tile.At(kDisplay, row, column), tile.At(kStaged, row, column));
-    const int32_t residual = Clamp(WrapAdd(taken, 16) >> 5, -kGreatest, kGreatest);
-    int32_t& cell = tile.At(kResidual, row, column);
-    cell = Signed(Bits(cell) | (Bits(residual) & 255u));
-  });
+  const Region region(margin);
+  for (int row = region.first; row < region.end; ++row)
+    tile.routines().split_row(tile.Row(kDisplay, row, region.first), tile.Row(kStaged, row, region.first),
+                              tile.Row(kResidual, row, region.first), region.size());
 }
 
-int CrowdSum(const int32_t* cell) {
-  int sum = 0;
-  for (int row = -1; row <= 1; ++row)
-    for (int column = -1; column <= 1; ++column) {
-      const int32_t residual = ResidualByte(cell[row * kTileSize + column]);
-      sum += residual < 0 ? -residual : residual;
-    }
-  return sum;
+// Returns whether there is anything to limit.
+bool MarkCrowds(const Tile& tile, int margin) {
+  const Region region(margin);
+  bool any = false;
+  for (int row = region.first; row < region.end; ++row)
+    any |= tile.routines().mark_crowd_row(tile.Row(kResidual, row, region.first), tile.Row(kClass, row, region.first),
+                                          region.size());
+  return any;
 }
 
 void MarkDisc(const Tile& tile, const Region& region, int row, int column) {
@@ -59,16 +56,13 @@ void MarkDisc(const Tile& tile, const Region& region, int row, int column) {
 
 int32_t Limited(int32_t residual) {
   for (int halving = 0; halving < 3 && (residual > 32 || residual < -32); ++halving) residual >>= 1;
-  return residual < -kGreatest ? -kGreatest : residual;
+  return residual < -kGreatestResidual ? -kGreatestResidual : residual;
 }
 
 // Three sweeps, because halving must not change the sums of later cells.
 void Limit(const Tile& tile, int margin) {
   const Region region(margin);
-  ForEachCell(margin, [&](int row, int column) {
-    int32_t& code = tile.At(kClass, row, column);
-    if (CrowdSum(tile.Row(kResidual, row, column)) > kCrowdSum) code = Signed(Bits(code) | kOverLimit);
-  });
+  if (!MarkCrowds(tile, margin)) return;
   ForEachCell(margin, [&](int row, int column) {
     if (Bits(tile.At(kClass, row, column)) & kOverLimit) MarkDisc(tile, region, row, column);
   });
@@ -116,7 +110,7 @@ void DampBlocks(const Tile& tile, int margin) {
     const int level = base + (OnBlockBorder(params.TileLeft, column, params.JPGHorizontalOffset) ? 1 : 0) +
                       (OnBlockBorder(params.TileTop, row, params.JPGVerticalOffset) ? 1 : 0);
     int32_t& cell = tile.At(kResidual, row, column);
-    cell = WithByte(cell, Clamp(Damped(ResidualByte(cell), level), -kGreatest, kGreatest));
+    cell = WithByte(cell, Clamp(Damped(ResidualByte(cell), level), -kGreatestResidual, kGreatestResidual));
   });
 }
 

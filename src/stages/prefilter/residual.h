@@ -14,6 +14,8 @@ namespace kelvo {
 // taken away at once; damps it by the strength of JPEG, more so at the borders of its 8 x 8 blocks.
 void SplitResidual(const Tile& tile, int margin);
 
+inline constexpr int32_t kGreatestResidual = 127;
+
 // The residual byte of a cell of kResidual, -128..127.
 constexpr int32_t ResidualByte(int32_t cell) {
   return static_cast<int8_t>(cell);

@@ -1,0 +1,166 @@
+#include "levels_bench.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "api/calls.h"
+#include "enlarge/enlarge.h"
+#include "round/family.h"
+#include "round/iteration.h"
+#include "stages/copy.h"
+#include "stages/prefilter/prefilter.h"
+#include "stages/schedule.h"
+#include "support/levels.h"
+#include "timing.h"
+
+namespace kelvo::bench {
+namespace {
+
+constexpr int kNone = -1000;  // a setting that does not apply
+constexpr uint32_t kModern = KELVO_VARIANT_UNDO_ROUND_MOVES | KELVO_VARIANT_SIGNED_MOTION;
+
+struct Case {
+  std::string what;
+  int width, direction, accuracy;
+  std::function<void(Subject&, const Routines&)> run;
+};
+
+struct Result {
+  const Case* of;
+  std::vector<double> milliseconds;  // by level
+};
+
+double ProcessorMilliseconds() {
+  timespec now;
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  return 1e3 * static_cast<double>(now.tv_sec) + 1e-6 * static_cast<double>(now.tv_nsec);
+}
+
+Result Measure(const Case& measured, int repeats) {
+  Subject subject(measured.width, measured.direction);
+  if (measured.accuracy != kNone) subject.bench.params.Accuracy = measured.accuracy;
+  subject.bench.params.ImageWidth = subject.bench.params.ImageHeight = 1000;
+  const std::vector<Level> levels = test::RunnableLevels();
+  Result result{&measured, std::vector<double>(levels.size(), 1e9)};
+  for (int i = 0; i < repeats; ++i)
+    for (size_t level = 0; level < levels.size(); ++level) {
+      subject.Reset();
+      const double start = ProcessorMilliseconds();
+      measured.run(subject, RoutinesOf(levels[level]));
+      result.milliseconds[level] = std::min(result.milliseconds[level], ProcessorMilliseconds() - start);
+    }
+  return result;
+}
+
+std::function<void(Subject&, const Routines&)> Calls(Operation operation, uint32_t variant = 0) {
+  return [operation, variant](Subject& s, const Routines& routines) {
+    Call(operation, s.bench.params, s.bench.heap(), routines, variant);
+  };
+}
+
+template <class Stage>
+Case StageCase(const char* what, int width, Stage stage) {
+  return {what, width, 0, kNone, [stage](Subject& s, const Routines& routines) {
+            stage(Tile(s.bench.params, s.bench.heap(), routines), MemberOf(BlurWidth(s.bench.params)));
+          }};
+}
+
+void AddStages(std::vector<Case>& cases) {
+  for (const int width : {1, 5, 8, 12, 20}) {
+    cases.push_back(StageCase("pre-filter", width, [](const Tile& tile, const RoundMember& member) {
+      SetUpSchedule(tile.params());
+      ClearPrefilterPlanes(tile);
+      Prefilter(tile, member.margin, member.extra_margin);
+    }));
+    cases.push_back(StageCase("blur", width, BlurEstimate));
+    cases.push_back(StageCase("floor", width, FindFloor));
+  }
+}
+
+std::vector<Case> AllCases() {
+  std::vector<Case> cases;
+  AddStages(cases);
+  for (int width = 1; width <= kMaxWidth; ++width) {
+    cases.push_back({"defocus", width, 0, kNone, Calls(Operation::kDefocus)});
+    for (int accuracy = -2; accuracy <= 2; ++accuracy)
+      cases.push_back({"focus", width, 0, accuracy, Calls(Operation::kFocus, kModern)});
+    cases.push_back({"focus, moves stay", width, 0, 0, Calls(Operation::kFocus)});
+  }
+  for (const int width : {1, 2, 3, 4, 5, 6, 7, 8, 10, 12, 14, 16, 18, 20})
+    for (const int angle : {20, 45}) {
+      cases.push_back({"motion defocus", width, angle, kNone, Calls(Operation::kDefocus)});
+      cases.push_back({"motion focus", width, angle, 0, Calls(Operation::kFocus, kModern)});
+    }
+  cases.push_back({"detect width", 5, 0, kNone, Calls(Operation::kDetectBlurWidth)});
+  cases.push_back({"detect grid", 5, 0, kNone, Calls(Operation::kDetectJpegGrid)});
+  cases.push_back({"enlarge", 2, 0, kNone, Calls(Operation::kEnlarge)});
+  cases.push_back({"enlarge, no pre-filter", 2, 0, kNone, [](Subject& s, const Routines& routines) {
+                     EnlargeCentre(Tile(s.bench.params, s.bench.heap(), routines));
+                   }});
+  return cases;
+}
+
+std::string Text(int setting) {
+  return setting == kNone ? "" : std::to_string(setting);
+}
+
+void Print(const Result& result) {
+  const Case& c = *result.of;
+  std::printf("| %s | %d | %s | %s | %.3f |", c.what.c_str(), c.width, Text(c.direction).c_str(),
+              Text(c.accuracy).c_str(), result.milliseconds[0]);
+  for (size_t level = 1; level < result.milliseconds.size(); ++level)
+    std::printf(" %.2f |", result.milliseconds[0] / result.milliseconds[level]);
+  std::printf("\n");
+  std::fflush(stdout);
+}
+
+bool WriteJson(const std::vector<Result>& results, const char* path) {
+  std::FILE* file = std::fopen(path, "w");
+  if (file != nullptr) {
+    const char* separator = "[";
+    for (const Result& result : results) {
+      const Case& c = *result.of;
+      std::fprintf(file, "%s\n{\"what\": \"%s\", \"width\": %d, \"direction\": %d", separator, c.what.c_str(), c.width,
+                   c.direction);
+      if (c.accuracy != kNone) std::fprintf(file, ", \"accuracy\": %d", c.accuracy);
+      std::fprintf(file, ", \"milliseconds\": {");
+      const std::vector<Level> levels = test::RunnableLevels();
+      for (size_t level = 0; level < levels.size(); ++level)
+        std::fprintf(file, "%s\"%s\": %.5f", level == 0 ? "" : ", ", NameOf(levels[level]), result.milliseconds[level]);
+      std::fprintf(file, "}}");
+      separator = ",";
+    }
+    std::fprintf(file, "\n]\n");
+    if (std::fclose(file) == 0) return true;
+  }
+  std::fprintf(stderr, "kelvo-bench: %s: cannot be written: %s\n", path, std::strerror(errno));
+  return false;
+}
+
+}  // namespace
+
+bool PrintLevels(int repeats, const char* json_path) {
+  std::printf("\nMilliseconds of processor time per tile, plain, and how many times as fast the others are.\n\n");
+  std::printf("| what | width | direction | accuracy | plain, ms |");
+  std::string rule = "|---|---|---|---|---|";
+  for (const Level level : test::RunnableLevels()) {
+    if (level == Level::kPlain) continue;
+    std::printf(" %s |", NameOf(level));
+    rule += "---|";
+  }
+  std::printf("\n%s\n", rule.c_str());
+  const std::vector<Case> cases = AllCases();
+  std::vector<Result> results;
+  for (const Case& c : cases) {
+    results.push_back(Measure(c, repeats));
+    Print(results.back());
+  }
+  return json_path == nullptr || WriteJson(results, json_path);
+}
+
+}  // namespace kelvo::bench

@@ -1,0 +1,36 @@
+#include "api/level_table.h"
+
+#include "enlarge/rules.h"
+#include "motion/step_sweep.h"
+#include "round/pair_sweep.h"
+#include "stages/fit_rows.h"
+#include "stages/prefilter/class_rows.h"
+#include "stages/step_rows.h"
+#include "stages/tone.h"
+
+namespace kelvo::KELVO_TARGET {
+
+const Routines kRoutines = {.stencil_row = StencilRow,
+                            .minimum_row = MinimumRow,
+                            .linear_row = LinearRow,
+                            .display_row = DisplayRow,
+                            .measure_row = MeasureRow,
+                            .mark_edge_row = MarkEdgeRow,
+                            .choose_filter_row = ChooseFilterRow,
+                            .split_row = SplitRow,
+                            .mark_crowd_row = MarkCrowdRow,
+                            .decode_row = DecodeRow,
+                            .add_row = AddRow,
+                            .reset_row = ResetRow,
+                            .merge_row = MergeRow,
+                            .damp_row = DampRow,
+                            .move_pairs = MovePairs,
+                            .move_steps = MoveSteps,
+                            .shape_corner_row = ShapeCornerRow,
+                            .fill_notch_row = FillNotchRow,
+                            .join_line_row = JoinLineRow,
+                            .fit_misfit_row = FitMisfitRow,
+                            .fit_smooth_row = FitSmoothRow,
+                            .fit_step_row = FitStepRow};
+
+}  // namespace kelvo::KELVO_TARGET

@@ -1,0 +1,40 @@
+// The arithmetic of the pre-filter over rows of cells. Bits of class codes: see classify.h.
+#ifndef KELVO_STAGES_PREFILTER_CLASS_ROWS_H
+#define KELVO_STAGES_PREFILTER_CLASS_ROWS_H
+
+#include <cstdint>
+
+#include "stages/target.h"
+
+namespace kelvo {
+
+// The contrasts up to which a cell's ground counts as flat, by its flags: edge bits 13..15 at bits 0..2 of the index,
+// ringing bits 23..25 at bits 3..5. Clamped to -1..8191, which decides the same.
+struct DetailThresholds {
+  int32_t of[64];
+  int last_directional;  // the last filter row with directional filters: 3 or 4
+};
+
+namespace KELVO_TARGET {
+
+// Direction, contrast and edge score of `count` cells, from the smoothed cells around each.
+void MeasureRow(const int32_t* smoothed, int32_t* codes, int count);
+
+// Adds the edge flags of a row: each cell's own and what its neighbours in the row and in those above and below shed.
+// `above` and `below` may be null: then there are none.
+void MarkEdgeRow(const int32_t* above, int32_t* codes, const int32_t* below, int count);
+
+// Filter row and directional flag, by contrast and flags.
+void ChooseFilterRow(const DetailThresholds& thresholds, int32_t* codes, int count);
+
+// Adds what the filter took off, in quarters of a grey level, to the low bytes of `residual`.
+void SplitRow(const int32_t* display, const int32_t* staged, int32_t* residual, int count);
+
+// Flags the cells whose 3 x 3 block of residuals is a crowd; `residual` lies in its plane. Returns whether a
+// cell is limited or to be: runaway contrasts may have set those flags before.
+bool MarkCrowdRow(const int32_t* residual, int32_t* codes, int count);
+
+}  // namespace KELVO_TARGET
+}  // namespace kelvo
+
+#endif  // KELVO_STAGES_PREFILTER_CLASS_ROWS_H
