@@ -11,7 +11,7 @@
 namespace kelvo::host {
 
 struct Findings {
-  Wanted measured;  // what had to be known; nothing else in `detection` counts
+  Wanted measured{false, false};  // what had to be known; nothing else in `detection` counts
   Detection detection;
 
   bool any() const { return measured.width || measured.grid; }

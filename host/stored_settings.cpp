@@ -51,7 +51,7 @@ std::string KnownPresets() {
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error))
       if (entry->path().extension() == ".json") names += (names.empty() ? "" : ", ") + entry->path().stem().string();
   }
-  return names.empty() ? "there are none yet; --save-preset makes one" : "there are " + names;
+  return names.empty() ? "there are none yet; --save-preset makes one" : "known are " + names;
 }
 
 nlohmann::ordered_json TypedValue(const std::string& text) {

@@ -1,64 +1,7 @@
 #!/bin/bash
 # Runs the program the way a user does and checks files, messages and exit statuses.
 # Usage: cli_test.sh KELVO. Needs vips and vipsheader (libvips-tools) and python3.
-set -u
-kelvo=$(realpath "$1")
-make_pictures=$(realpath "$(dirname "$0")/make_pictures.sh")
-work=$(mktemp -d)
-trap 'umount "$work/disc" 2>/dev/null; rm -rf "$work"' EXIT
-cd "$work" || exit 1
-failures=0 checks=0
-
-fail() {
-  failures=$((failures + 1))
-  echo "FAILED: $*"
-  sed 's/^/    stderr: /' err
-}
-
-# run STATUS ARGUMENT...: runs kelvo, expects the exit status; output is in the files out and err.
-run() {
-  local expected=$1 status left
-  shift
-  checks=$((checks + 1))
-  "$kelvo" "$@" >out 2>err
-  status=$?
-  [ "$status" = "$expected" ] || fail "kelvo $* ended with $status, not $expected"
-  left=$(find "$work" -name '.kelvo-*')
-  [ -z "$left" ] || fail "kelvo $* left $left"
-}
-
-# says TEXT: the last run had this in its messages.
-says() {
-  checks=$((checks + 1))
-  grep -qF -- "$1" err || fail "no message with: $1"
-}
-
-silent() {
-  [ ! -s err ] || fail "unexpected message after: $*"
-}
-
-field() { vipsheader -f "$1" "$2" 2>/dev/null; }
-
-# has FILE FIELD VALUE
-has() {
-  checks=$((checks + 1))
-  [ "$(field "$2" "$1")" = "$3" ] || fail "$1: $2 is \"$(field "$2" "$1")\", not \"$3\""
-}
-
-largest_difference() {
-  vips subtract "$1" "$2" difference.v && vips abs difference.v absolute.v && vips max absolute.v
-}
-mean_difference() {
-  vips subtract "$1" "$2" difference.v && vips abs difference.v absolute.v && vips avg absolute.v
-}
-same_pixels() {
-  checks=$((checks + 1))
-  [ "$(largest_difference "$1" "$2")" = 0.000000 ] || fail "$1 and $2 differ"
-}
-differ() {
-  checks=$((checks + 1))
-  [ "$(largest_difference "$1" "$2")" != 0.000000 ] || fail "$1 and $2 are equal"
-}
+source "$(dirname "$0")/cli_support.sh"
 
 test_good_runs() {
   run 0 blur rgb.png -o soft.png --width 5
@@ -372,12 +315,6 @@ test_full_disc() {
   umount disc
 }
 
-# told TEXT: the last run printed this.
-told() {
-  checks=$((checks + 1))
-  grep -qF -- "$1" out || fail "not printed: $1 (but $(cat out))"
-}
-
 # Squares, sharp and defocused, and the latter as a JPEG cut so that its grid lies at 5,3.
 make_subjects() {
   vips black dark.v 27 27 && vips linear dark.v light.v 0 200 && vips linear dark.v grey.v 0 40
@@ -493,5 +430,4 @@ test_full_disc
 test_detect
 test_auto
 test_demo
-echo "$checks checks, $failures failures"
-[ "$failures" = 0 ]
+finish
