@@ -241,7 +241,7 @@ void AddSheet(CLI::App& app, Options& options) {
       ->type_name("N,N,...");
   command->add_option("--directions", options.directions, "Directions of a motion to try, with --width")
       ->delimiter(',')
-      ->check(WholeNumber(1, kMaxDirection))
+      ->check(WholeNumber(0, kMaxDirection))
       ->type_name("N,N,...");
   AddTreatment(*command, options);
   AddRegion(*command, options.picture, "The part to show: column and row of its corner, columns, rows");

@@ -25,6 +25,8 @@ constexpr int kMostPart = 4096;       // columns and rows of a part
 constexpr int kMostPixels = 1 << 18;  // that are searched for detail; larger pictures are looked at smaller
 constexpr int kBackground = 32;       // grey level between cells
 
+constexpr int kAlongRow = 180;  // degrees; 0 would be a round blur
+
 struct Cell {
   std::string label;
   RestoreSettings settings;
@@ -38,7 +40,7 @@ std::vector<Cell> CellsOf(const Options& options, const RestoreSettings& base) {
   }
   for (const int direction : options.directions) {
     cells.push_back({"width " + std::to_string(base.width) + ", direction " + std::to_string(direction), base});
-    cells.back().settings.direction = direction;
+    cells.back().settings.direction = direction == 0 ? kAlongRow : direction;
   }
   return cells;
 }
