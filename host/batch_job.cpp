@@ -8,6 +8,7 @@
 #include "file_list.h"
 #include "interrupt.h"
 #include "picture_job.h"
+#include "progress.h"
 
 namespace kelvo::host {
 namespace {
@@ -19,24 +20,35 @@ class Batch {
   void Run(const std::vector<PictureFile>& files) {
     for (const PictureFile& file : files) {
       if (StopRequested()) break;
-      const size_t number = ++begun_;
-      Report(RunPictureJob(file, options_,
-                           pictures_ > 1 ? std::to_string(number) + " of " + std::to_string(pictures_) + ", " : ""));
+      ++begun_;
+      const std::string label = pictures_ > 1 ? std::to_string(begun_) + " of " + std::to_string(pictures_) + ", " : "";
+      if (pictures_ > 1 && !options_.quiet) SetLastWords(WordsIfInterrupted());
+      Report(RunPictureJob(file, options_, label));
     }
+    SetLastWords("");
   }
 
   int Count(Outcome outcome) const { return counts_[static_cast<size_t>(outcome)]; }
 
-  void PrintSummary() const {
-    std::string text;
-    for (int i = 0; i < kOutcomes; ++i)
-      if (counts_[i] > 0)
-        text += (text.empty() ? "" : ", ") + std::to_string(counts_[i]) + " " + NameOf(static_cast<Outcome>(i));
-    if (begun_ < pictures_) text += (text.empty() ? "" : ", ") + std::to_string(pictures_ - begun_) + " not begun";
-    std::cerr << "kelvo: " << pictures_ << " pictures: " << (text.empty() ? "nothing to do" : text) << "\n";
-  }
+  void PrintSummary() const { std::cerr << Summary(counts_); }
 
  private:
+  std::string Summary(const std::array<int, kOutcomes>& counts) const {
+    std::string text;
+    for (int i = 0; i < kOutcomes; ++i)
+      if (counts[i] > 0)
+        text += (text.empty() ? "" : ", ") + std::to_string(counts[i]) + " " + NameOf(static_cast<Outcome>(i));
+    if (begun_ < pictures_) text += (text.empty() ? "" : ", ") + std::to_string(pictures_ - begun_) + " not begun";
+    return "kelvo: " + std::to_string(pictures_) + " pictures: " + (text.empty() ? "nothing to do" : text) + "\n";
+  }
+
+  // The one at work counts as interrupted.
+  std::string WordsIfInterrupted() const {
+    std::array<int, kOutcomes> counts = counts_;
+    ++counts[static_cast<size_t>(Outcome::kInterrupted)];
+    return (TerminalShowsProgress() ? "\r\033[K" : "") + Summary(counts);
+  }
+
   void Report(const PictureRecord& record) {
     ++counts_[static_cast<size_t>(record.outcome)];
     if (!options_.quiet)
