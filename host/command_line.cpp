@@ -47,7 +47,11 @@ CLI::Option* AddText(CLI::App& command, const std::string& name, const std::stri
 
 void AddNumber(CLI::App& command, const std::string& name, int& number, int low, int high,
                const std::string& description) {
-  command.add_option(name, number, description)->check(WholeNumber(low, high))->take_last();
+  const CLI::Validator range = WholeNumber(low, high);
+  command.add_option(name, number, description)
+      ->check(CLI::Validator(range).description(""))
+      ->type_name(range.get_description())
+      ->take_last();
 }
 
 void AddWidth(CLI::App& command, PictureSettings& picture, bool automatic) {
@@ -157,7 +161,9 @@ CLI::App* AddPictureCommand(CLI::App& app, Options& options, const char* name, c
   AddShard(*command, options.shard);
   command->add_flag("-n,--dry-run", options.dry_run, "Tell what would be done, write nothing");
   command->add_flag("--json", options.json, "Print one line of JSON per picture instead of text");
-  command->add_option("--format", options.format, "Format of results that the program names: jpg, png, tif, webp ...")
+  command
+      ->add_option("--format", options.format,
+                   "Format of results that the program names: jpg, png, tif, webp and others")
       ->type_name("SUFFIX")
       ->take_last();
   AddText(

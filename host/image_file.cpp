@@ -18,7 +18,7 @@ namespace {
 constexpr double kBigTiffBytes = 3.9e9;
 
 [[noreturn]] void RefuseToRead(const std::string& path, const std::string& reason) {
-  throw HostError("cannot read \"" + path + "\": " + reason);
+  throw HostError("cannot read \"" + path + "\": " + (reason.empty() ? "it is damaged or cut off" : reason));
 }
 
 void RequireReadableFile(const std::string& path) {
@@ -89,14 +89,6 @@ void SetTiffOptions(vips::VOption* options, const vips::VImage& image, const Enc
                like.tiff_predictor ? VIPS_FOREIGN_TIFF_PREDICTOR_HORIZONTAL : VIPS_FOREIGN_TIFF_PREDICTOR_NONE);
   if (like.tile_columns > 0)
     options->set("tile", true)->set("tile_width", like.tile_columns)->set("tile_height", like.tile_rows);
-}
-
-void FlushToDisc(const std::string& path) {
-  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  const bool flushed = file >= 0 && fsync(file) == 0;
-  const int error = errno;
-  if (file >= 0) close(file);
-  if (!flushed) throw HostError(std::strerror(error));
 }
 
 }  // namespace
@@ -178,7 +170,6 @@ void SavePicture(const vips::VImage& image, const std::string& saver, const std:
   } catch (const vips::VError&) {
     throw HostError(TakeVipsMessages());
   }
-  FlushToDisc(path);
 }
 
 }  // namespace kelvo::host

@@ -2,6 +2,8 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <set>
 
 #include "errors.h"
@@ -40,6 +42,25 @@ void Scale(Exiv2::ExifData& exif, const Exiv2::ExifData& written, int scale, int
       *datum = Exiv2::URational(resolution.first * scale, resolution.second);
     }
   }
+}
+
+// As it stands in a JPEG; empty if it is damaged.
+Exiv2::Blob ExifBlock(const Exiv2::ExifData& exif) {
+  Exiv2::Blob block = {'E', 'x', 'i', 'f', 0, 0}, tiff;
+  try {
+    Exiv2::ExifParser::encode(tiff, Exiv2::littleEndian, exif);
+  } catch (const Exiv2::Error&) {
+    return {};
+  }
+  block.insert(block.end(), tiff.begin(), tiff.end());
+  return block;
+}
+
+using Bytes = std::vector<Exiv2::byte>;
+
+Bytes ContentOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 bool HoldsExif(const std::string& saver) {
@@ -100,11 +121,8 @@ vips::VImage Metadata::Prepare(const vips::VImage& image, const std::string& sav
   // TIFF stores it in another form than the others, and libvips hands it on as it is.
   if (is_tiff_ || to_tiff) vips_image_remove(prepared.get_image(), VIPS_META_IPTC_NAME);
   if (is_tiff_ && !to_tiff && !exif_.empty()) {
-    Exiv2::Blob blob = {'E', 'x', 'i', 'f', 0, 0};
-    Exiv2::Blob tiff;
-    Exiv2::ExifParser::encode(tiff, Exiv2::littleEndian, exif_);
-    blob.insert(blob.end(), tiff.begin(), tiff.end());
-    vips_image_set_blob_copy(prepared.get_image(), VIPS_META_EXIF_NAME, blob.data(), blob.size());
+    const Exiv2::Blob blob = ExifBlock(exif_);
+    if (!blob.empty()) vips_image_set_blob_copy(prepared.get_image(), VIPS_META_EXIF_NAME, blob.data(), blob.size());
   }
   // There would be two copies of it.
   if (NeedsExiv2(saver)) vips_image_remove(prepared.get_image(), VIPS_META_EXIF_NAME);
@@ -116,7 +134,7 @@ bool Metadata::NeedsExiv2(const std::string& saver) const {
   return saver == "pngsave" ? text : (saver == "jpegsave" || saver == "webpsave") && (text || !exif_.empty());
 }
 
-void Metadata::Complete(const std::string& saver, const std::string& output, int scale) const {
+std::string Metadata::Complete(const std::string& saver, const std::string& output, int scale) const try {
   if (NeedsExiv2(saver)) {
     CompleteByExiv2(output, scale);
   } else if (saver == "tiffsave" && is_tiff_) {
@@ -124,14 +142,19 @@ void Metadata::Complete(const std::string& saver, const std::string& output, int
   } else if (saver == "tiffsave" && !(exif_.empty() && iptc_.empty())) {
     WriteTiffTags(exif_, iptc_, output);
   }
+  return "";
+} catch (const DamagedMetadata& error) {
+  return std::string("its metadata is damaged and not all of it is kept: ") + error.what();
 }
 
+// In memory, since Exiv2 does not notice a full disc.
 void Metadata::CompleteByExiv2(const std::string& output, int scale) const {
+  if (std::filesystem::file_size(output) > kMostRewritten)
+    throw HostError("its metadata cannot be added: files of more than " + std::to_string(kMostRewritten >> 20) +
+                    " MiB are written with it only as TIFF");
+  Bytes bytes = ContentOf(output);
   try {
-    if (std::filesystem::file_size(output) > kMostRewritten)
-      throw HostError("its metadata cannot be added: files of more than " + std::to_string(kMostRewritten >> 20) +
-                      " MiB are written with it only as TIFF");
-    const auto image = Exiv2::ImageFactory::open(output);
+    const auto image = Exiv2::ImageFactory::open(bytes.data(), static_cast<long>(bytes.size()));
     image->readMetadata();
     Exiv2::ExifData exif = exif_;
     Scale(exif, image->exifData(), scale, image->pixelWidth(), image->pixelHeight());
@@ -139,9 +162,17 @@ void Metadata::CompleteByExiv2(const std::string& output, int scale) const {
     if (!iptc_.empty() && image->checkMode(Exiv2::mdIptc) != Exiv2::amNone) image->setIptcData(iptc_);
     if (!comment_.empty() && image->checkMode(Exiv2::mdComment) != Exiv2::amNone) image->setComment(comment_);
     image->writeMetadata();
+    bytes.resize(image->io().size());
+    if (image->io().open() != 0 ||
+        image->io().read(bytes.data(), static_cast<long>(bytes.size())) != static_cast<long>(bytes.size()))
+      throw DamagedMetadata("it cannot be read back");
   } catch (const Exiv2::Error& error) {
-    throw HostError(std::string("metadata: ") + error.what());
+    throw DamagedMetadata(error.what());
   }
+  std::ofstream file(output, std::ios::binary | std::ios::trunc);
+  file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  file.close();
+  if (!file) throw HostError("its metadata cannot be added: the disc is full or cannot be written");
 }
 
 }  // namespace kelvo::host

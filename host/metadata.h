@@ -30,8 +30,9 @@ class Metadata {
   // The picture with what libvips writes by itself into such a file once it is there. To be called before writing.
   vips::VImage Prepare(const vips::VImage& image, const std::string& saver) const;
 
-  // Completes a file that has just been written, `scale` times the input's resolution. Throws HostError with the reason.
-  void Complete(const std::string& saver, const std::string& output, int scale) const;
+  // Completes a file that has just been written, `scale` times the input's resolution. Returns what could not be kept
+  // because it is damaged, or nothing. Throws HostError with the reason if the file cannot be written.
+  std::string Complete(const std::string& saver, const std::string& output, int scale) const;
 
  private:
   bool NeedsExiv2(const std::string& saver) const;

@@ -33,6 +33,16 @@ mode_t ModeFor(const std::string& target) {
   return 0666 & ~mask;
 }
 
+// The file may be another one than was made: a writer may have put its own in its place.
+bool FlushToDisc(const std::string& path) {
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  const bool flushed = file >= 0 && fsync(file) == 0;
+  const int error = errno;
+  if (file >= 0) close(file);
+  errno = error;
+  return flushed;
+}
+
 bool Lock(int file) {
   return flock(file, LOCK_EX | LOCK_NB) == 0;
 }
@@ -104,6 +114,7 @@ OutputFile::~OutputFile() {
 // Without leave to replace, the renaming itself refuses if the target has come into being meanwhile.
 void OutputFile::Commit() {
   RequireReplaceable(target_, replace_);
+  if (!FlushToDisc(temporary_)) Refuse(target_, std::strerror(errno));
   const unsigned flags = replace_ ? 0 : RENAME_NOREPLACE;
   bool renamed = renameat2(AT_FDCWD, temporary_.c_str(), AT_FDCWD, target_.c_str(), flags) == 0;
   if (!renamed && errno == EINVAL) renamed = std::rename(temporary_.c_str(), target_.c_str()) == 0;

@@ -121,7 +121,8 @@ class Job {
 
   void CompleteMetadata(const Metadata& metadata, const std::string& saver, const std::string& path) {
     try {
-      metadata.Complete(saver, path, options_.picture.enlarge ? 2 : 1);
+      const std::string loss = metadata.Complete(saver, path, options_.picture.enlarge ? 2 : 1);
+      if (!loss.empty()) record_.notes.push_back(loss);
     } catch (const HostError& error) {
       throw HostError("cannot write \"" + file_.output + "\" from \"" + file_.path + "\": " + error.what());
     }

@@ -137,7 +137,9 @@ struct Places {
 
 // Appends a copy of the directory at `place`. Its place in the file written, or 0 if there is none.
 uint64_t AppendDirectory(TIFF* from, uint64_t place, TIFF* to, const Directory& directory, const Size& size) {
-  if (place == 0 || directory.read(from, place) != 1 || directory.create(to) != 0) return 0;
+  if (place == 0 || directory.read(from, place) != 1) return 0;
+  TIFFFreeDirectory(to);  // libtiff forgets the one before without freeing it
+  if (directory.create(to) != 0) return 0;
   int copied = CopyTags(from, to);
   if (directory.pointer == TIFFTAG_EXIFIFD) copied += SetSize(to, size);
   uint64_t written = 0;
@@ -157,9 +159,9 @@ void Copy(TIFF* from, const Places& places, const Exiv2::IptcData& iptc, const s
   for (size_t i = 0; i < std::size(kDirectories); ++i)
     written[i] = AppendDirectory(from, places.others[i], to.get(), kDirectories[i], size);
   if (places.main != 0) {
-    require(TIFFReadEXIFDirectory(from, places.main) == 1);
-  } else {
-    require(TIFFSetDirectory(from, 0) == 1);
+    if (TIFFReadEXIFDirectory(from, places.main) != 1) throw DamagedMetadata("EXIF");
+  } else if (TIFFSetDirectory(from, 0) != 1) {
+    throw DamagedMetadata("EXIF");
   }
   require(TIFFSetDirectory(to.get(), 0) == 1);
   int changed = CopyTags(from, to.get());
@@ -219,15 +221,16 @@ void WriteTiffTags(const Exiv2::ExifData& exif, const Exiv2::IptcData& iptc, con
   try {
     Exiv2::ExifParser::encode(bytes, Exiv2::littleEndian, exif);
   } catch (const Exiv2::Error& error) {
-    throw HostError(std::string("metadata: ") + error.what());
+    throw DamagedMetadata(error.what());
   }
   const int file = MemoryFile(bytes);
   if (file < 0) throw HostError("out of memory");
   const Tiff from(TIFFFdOpen(file, "metadata", "rh"), TIFFClose);
   if (!from) {
     close(file);
-    throw HostError("its EXIF data cannot be added");
+    throw DamagedMetadata("EXIF");
   }
+  TIFFFreeDirectory(from.get());
   TIFFCreateDirectory(from.get());  // what is read next lands in it
   constexpr uint64_t kFirst = 8;    // behind the header
   Places places;
