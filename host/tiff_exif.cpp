@@ -103,13 +103,15 @@ int CopyTags(TIFF* from, TIFF* to) {
   return copied;
 }
 
-// IPTC is stored as 32-bit words.
+// Counted in bytes or, by some versions of libtiff, in 32-bit words.
 int SetIptc(TIFF* to, const Exiv2::IptcData& iptc) {
   if (iptc.empty()) return 0;
   const Exiv2::DataBuf bytes = Exiv2::IptcParser::encode(iptc);
   std::vector<uint32_t> words((static_cast<size_t>(bytes.size_) + 3) / 4);
   std::copy_n(bytes.pData_, bytes.size_, reinterpret_cast<Exiv2::byte*>(words.data()));
-  return TIFFSetField(to, TIFFTAG_RICHTIFFIPTC, static_cast<uint32_t>(words.size()), words.data());
+  const bool in_words = TIFFFieldDataType(TIFFFieldWithTag(to, TIFFTAG_RICHTIFFIPTC)) == TIFF_LONG;
+  const auto count = static_cast<uint32_t>(in_words ? words.size() : static_cast<size_t>(bytes.size_));
+  return TIFFSetField(to, TIFFTAG_RICHTIFFIPTC, count, words.data());
 }
 
 struct Size {

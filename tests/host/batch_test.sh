@@ -85,7 +85,7 @@ test_killed() {
   run 0 restore in --output-dir broken --width 9 --accuracy 1 --skip-existing
   holds "a killed run differs" diff -r whole broken
   # An interrupted one says what is left.
-  rm -r broken
+  rm -r broken && mkdir broken
   timeout -s INT 0.3 "$kelvo" restore in --output-dir broken --width 20 --accuracy 2 >out 2>err
   says "not begun"
   holds "something half written" [ -z "$(find broken -name '.kelvo-*')" ]
@@ -136,10 +136,44 @@ test_regions() {
   done
 }
 
+told_by() { exiftool -q -a -G1 -s -"$2" "$1" | grep -vE 'Thumbnail|YCbCr|XMPToolkit|kelvo' | sort; }
+
+# EXIF, GPS, IPTC, XMP and comment as exiftool tells them, from each format into each.
+test_metadata() {
+  vips crop in/soft.png rgb1.v 0 0 64 48 && vips bandjoin "rgb1.v rgb1.v rgb1.v" rgb.v
+  vips copy rgb.v rgb.png --interpretation srgb
+  vips jpegsave rgb.png rich.jpg --Q 83 --subsample-mode off
+  exiftool -q -overwrite_original -Make=Obscura -ExposureTime=1/250 -ISO=400 -GPSLatitude=47.5 -GPSLatitudeRef=N \
+    -IFD0:Rating=3 -Orientation#=6 -XResolution=300 -YResolution=300 -UserComment=hello -Comment=remark \
+    -IPTC:Headline=Head -IPTC:Keywords=one -IPTC:Keywords=two -XMP-dc:Title=Title rich.jpg
+  local suffix what
+  for suffix in tif webp png; do
+    run 0 restore rich.jpg -o rich.$suffix --width 2 --quiet
+    for what in ExifIFD:all GPS:all IFD0:Make IFD0:Rating IFD0:Orientation IFD0:XResolution IPTC:all XMP-dc:all; do
+      [ $suffix$what = webpIPTC:all ] && continue
+      holds "$what in $suffix: $(told_by rich.$suffix $what)" \
+        [ "$(told_by rich.jpg $what | sed '/ExifVersion/d')" = "$(told_by rich.$suffix $what | sed '/ExifVersion/d')" ]
+    done
+    run 0 restore rich.$suffix -o back.jpg --width 2 --quiet --force
+    holds "Make back from $suffix" [ "$(exiftool -s3 -Make -Rating back.jpg | tr '\n' ' ')" = "Obscura 3 " ]
+  done
+  run 0 restore rich.jpg -o same.jpg --width 2 --quiet
+  holds "JPEG to JPEG" diff <(told_by rich.jpg all:all | grep -v System) <(told_by same.jpg all:all | grep -v System)
+  holds "JPEG is stored otherwise" cmp <(vips copy rich.jpg x.v && vips jpegsave x.v y.jpg --Q 83 --subsample-mode off --strip &&
+    head -c 200 y.jpg | tail -c 130) <(exiftool -q -all= -o - same.jpg | head -c 200 | tail -c 130)
+  vips tiffsave rich.tif big.tif --bigtiff --tile --tile-width 32 --tile-height 16 --compression deflate 2>/dev/null
+  run 0 restore big.tif -o big-out.tif --width 2 --quiet
+  for what in TileWidth TileLength Compression; do
+    holds "$what of a BigTIFF" [ "$(exiftool -s3 -$what big.tif)" = "$(exiftool -s3 -$what big-out.tif)" ]
+  done
+  holds "no BigTIFF" [ "$(head -c 3 big-out.tif)" = "II+" ]
+}
+
 make_tree
 test_folders
 test_shards_and_plans
 test_killed
 test_presets
 test_regions
+test_metadata
 finish
