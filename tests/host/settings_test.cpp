@@ -15,11 +15,11 @@ TEST_CASE("settings: widths made of what was found") {
   } cases[] = {{"7", 4, 7},        {"0", 4, 0},        {"auto", 5, 5},      {"auto", 0, 0},
                {"auto+1", 5, 6},   {"auto+3", 0, 0},   {"auto-2", 2, 1},    {"auto+20", 20, 20},
                {"auto*0.8", 5, 4}, {"auto*0.5", 5, 3}, {"auto*0.05", 1, 1}, {"auto*20", 20, 20}};
-  for (const auto& [text, found, expected] : cases) {
-    CAPTURE(text);
-    const auto width = ParseWidthRequest(text);
+  for (const auto& wanted : cases) {
+    CAPTURE(wanted.text);
+    const auto width = ParseWidthRequest(wanted.text);
     REQUIRE(width);
-    CHECK(width->For(found) == expected);
+    CHECK(width->For(wanted.found) == wanted.expected);
   }
   for (const char* text : {"", "21", "-1", "+3", "5.0", "auto+", "auto*", "auto*0", "auto*-1", "auto*nan", "auto*21",
                            "auto+21", "auto+-1", "auto/2", "Auto", "auto 1"}) {
