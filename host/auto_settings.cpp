@@ -1,85 +1,74 @@
 #include "auto_settings.h"
 
-#include <filesystem>
-#include <iostream>
+#include <cmath>
 
-#include "detection.h"
 #include "errors.h"
+#include "noise.h"
 #include "vips_setup.h"
 
 namespace kelvo::host {
 namespace {
 
 // The strength may be given, but not the phase of the grid: a picture may have been cut.
-Wanted WantedFor(const Options& options) {
-  return {!options.width.has_value(), options.width != 0 && options.jpeg != 0};
+Wanted WantedFor(const PictureSettings& settings) {
+  return {settings.width.automatic, !settings.width.IsZero() && settings.jpeg != 0};
 }
 
-Detection DetectIn(const Options& options, const ColourPicture& picture, Wanted wanted, bool show_progress) {
-  try {
-    return Decide(Measure(picture.image, picture.colour_bands, wanted, show_progress));
-  } catch (const vips::VError&) {
-    throw HostError("cannot measure \"" + options.input + "\": " + TakeVipsMessages());
-  }
+bool WantsNoise(const PictureSettings& settings) {
+  return !settings.noise && !settings.tile.classic && !settings.width.IsZero();
 }
 
-std::string Phase(int column, int row) {
-  return std::to_string(column) + "," + std::to_string(row);
-}
-
-std::string WhatWasFound(const Detection& found, Wanted wanted) {
+std::string DetectionText(const Detection& detection, Wanted measured) {
   std::string text;
-  if (wanted.width) {
-    text = found.width != 0 ? "blur of width " + std::to_string(found.width) : "no blur";
-    text += found.HasEdges() ? " (votes: " + found.Votes() + ")" : " (there are no edges to tell it by)";
+  if (measured.width) {
+    text = detection.width != 0 ? "blur of width " + std::to_string(detection.width) : "no blur";
+    text += detection.HasEdges() ? " (votes: " + detection.Votes() + ")" : " (there are no edges to tell it by)";
   }
-  if (!wanted.grid) return text;
+  if (!measured.grid) return text;
   text += text.empty() ? "" : "; ";
-  if (found.jpeg == 0) return text + "no JPEG blocks";
-  return text + "JPEG compression of strength " + std::to_string(found.jpeg) + ", grid at " +
-         Phase(found.column_phase, found.row_phase);
+  if (detection.jpeg == 0) return text + "no JPEG blocks";
+  return text + "JPEG compression of strength " + std::to_string(detection.jpeg) + ", grid at " +
+         std::to_string(detection.column_phase) + "," + std::to_string(detection.row_phase);
 }
 
-std::string WhatIsDone(const RestoreSettings& settings, const Options& options) {
-  if (settings.width == 0 && !WritesUnblurred(options))
-    return "nothing to restore, nothing written; to restore all the same give --width";
-  if (settings.width == 0) return (options.enlarge ? "enlarged only, to " : "written as it is, to ") + options.output;
-  std::string text = "restoring with width " + std::to_string(settings.width);
-  if (settings.direction != 0) text += " in direction " + std::to_string(settings.direction);
-  if (settings.jpeg != 0)
-    text +=
-        ", JPEG strength " + std::to_string(settings.jpeg) + " at " + Phase(settings.jpeg_column, settings.jpeg_row);
-  return text + (options.enlarge ? ", enlarging, into " : ", into ") + options.output;
-}
-
-// What has been found where the user said nothing. A grid that leaves no trace is taken for that of a whole file.
-RestoreSettings Completed(const Options& options, const Detection& found) {
-  RestoreSettings settings = options.settings;
-  if (!options.width) settings.width = found.width;
-  if (!options.jpeg) settings.jpeg = settings.width != 0 ? found.jpeg : 0;
-  if (found.jpeg != 0) {
-    settings.jpeg_column = found.column_phase;
-    settings.jpeg_row = found.row_phase;
-  }
-  return settings;
+std::string NoiseText(double sigma) {
+  const int tenths = static_cast<int>(std::lround(sigma * 10));
+  return "noise of " + std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " levels";
 }
 
 }  // namespace
 
-RestoreSettings CompleteSettings(const Options& options, const ColourPicture& picture, bool show_progress) {
-  const Wanted wanted = WantedFor(options);
-  Detection found;
-  if (wanted.width || wanted.grid) found = DetectIn(options, picture, wanted, show_progress);
-  const RestoreSettings settings = Completed(options, found);
-  if (!options.quiet) {
-    if (wanted.width || wanted.grid) std::cout << options.input << ": " << WhatWasFound(found, wanted) << "\n";
-    std::cout << options.input << ": " << WhatIsDone(settings, options) << std::endl;
-  }
-  return settings;
+std::string Findings::Text() const {
+  const std::string text = DetectionText(detection, measured);
+  return noise ? text + (text.empty() ? "" : "; ") + NoiseText(*noise) : text;
 }
 
-bool WritesUnblurred(const Options& options) {
-  return options.output_named || options.width == 0 || options.enlarge;
+Findings MeasureFor(const PictureSettings& settings, const ColourPicture& picture, const std::string& name,
+                    bool show_progress) {
+  Findings findings{WantedFor(settings), {}, {}};
+  try {
+    if (findings.any())
+      findings.detection = Decide(Measure(picture.image, picture.colour_bands, findings.measured, show_progress));
+    const bool sharp = settings.width.automatic && settings.width.For(findings.detection.width) == 0;
+    if (WantsNoise(settings) && !sharp) findings.noise = NoiseOf(picture.image, picture.colour_bands);
+  } catch (const vips::VError&) {
+    throw HostError("cannot measure \"" + name + "\": " + TakeVipsMessages());
+  }
+  return findings;
+}
+
+// A grid that leaves no trace is taken for that of a whole file.
+RestoreSettings Completed(const PictureSettings& settings, const Findings& findings) {
+  const Detection& found = findings.detection;
+  RestoreSettings completed = settings.tile;
+  completed.width = settings.width.For(found.width);
+  completed.jpeg = settings.jpeg.value_or(completed.width != 0 ? found.jpeg : 0);
+  completed.noise = settings.noise.value_or(findings.noise ? NoiseLevel(*findings.noise) : 0);
+  if (found.jpeg != 0) {
+    completed.jpeg_column = found.column_phase;
+    completed.jpeg_row = found.row_phase;
+  }
+  return completed;
 }
 
 }  // namespace kelvo::host

@@ -63,7 +63,7 @@ void RunDemo(const Options& options) {
   const fs::path folder = options.output;
   PrepareFolder(folder, options.force);
   const bool show_progress = !options.quiet && TerminalShowsProgress();
-  RestoreSettings settings = options.settings;
+  RestoreSettings settings = options.picture.tile;
   settings.accuracy = kBestAccuracy;
 
   const vips::VImage sharp = DrawTestPicture();

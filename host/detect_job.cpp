@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -10,14 +9,14 @@
 
 #include "detection.h"
 #include "errors.h"
-#include "image_file.h"
+#include "file_list.h"
 #include "interrupt.h"
 #include "picture_input.h"
+#include "picture_record.h"
 #include "progress.h"
 #include "vips_setup.h"
 
 namespace kelvo::host {
-namespace fs = std::filesystem;
 namespace {
 
 // One picture's line or entry. No detection: `error` tells why.
@@ -27,38 +26,6 @@ struct Finding {
   std::optional<Detection> detection;
   std::string error;
 };
-
-std::vector<std::string> PicturesIn(const std::string& folder) {
-  std::vector<std::string> files;
-  std::error_code error;
-  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-    std::error_code ignored;
-    const bool hidden = entry->path().filename().string().front() == '.';
-    if (!hidden && entry->is_regular_file(ignored) && IsPictureFile(entry->path())) files.push_back(entry->path());
-  }
-  if (error) throw HostError("cannot read the folder \"" + folder + "\": " + error.message());
-  if (files.empty()) throw HostError("there is no picture in the folder \"" + folder + "\"");
-  std::sort(files.begin(), files.end());
-  return files;
-}
-
-// The files that are meant; what cannot be listed stands as a finding with an error.
-std::vector<Finding> Listed(const std::vector<std::string>& inputs) {
-  std::vector<Finding> findings;
-  for (const std::string& input : inputs) {
-    std::error_code ignored;
-    if (!fs::is_directory(input, ignored)) {
-      findings.push_back({input, 0, 0, std::nullopt, ""});
-      continue;
-    }
-    try {
-      for (const std::string& file : PicturesIn(input)) findings.push_back({file, 0, 0, std::nullopt, ""});
-    } catch (const HostError& error) {
-      findings.push_back({input, 0, 0, std::nullopt, error.what()});
-    }
-  }
-  return findings;
-}
 
 void Examine(Finding& finding, bool show_progress, std::vector<std::string>& notes) try {
   const ColourPicture picture = LoadColourPicture(finding.file, show_progress, notes);
@@ -101,13 +68,9 @@ nlohmann::ordered_json Entry(const Finding& finding) {
     entry["error"] = finding.error;
     return entry;
   }
-  const Detection& found = *finding.detection;
   entry["columns"] = finding.columns;
   entry["rows"] = finding.rows;
-  entry["width"] = found.width;
-  entry["votes"] = found.votes;
-  entry["smoothed_votes"] = found.smoothed_votes;
-  entry["jpeg"] = {{"strength", found.jpeg}, {"column_phase", found.column_phase}, {"row_phase", found.row_phase}};
+  entry.update(JsonOf(*finding.detection, {}));
   return entry;
 }
 
@@ -115,7 +78,8 @@ nlohmann::ordered_json Entry(const Finding& finding) {
 
 ExitStatus RunDetectJob(const Options& options) {
   const bool show_progress = !options.quiet && TerminalShowsProgress();
-  std::vector<Finding> findings = Listed(options.inputs);
+  std::vector<Finding> findings;
+  for (const PictureFile& file : ListPictures(options)) findings.push_back({file.path, 0, 0, std::nullopt, file.error});
   const Table table(findings);
   if (!options.json) table.PrintHead();
   ExitStatus status = kSuccess;

@@ -18,7 +18,7 @@ namespace {
 constexpr double kBigTiffBytes = 3.9e9;
 
 [[noreturn]] void RefuseToRead(const std::string& path, const std::string& reason) {
-  throw HostError("cannot read \"" + path + "\": " + reason);
+  throw HostError("cannot read \"" + path + "\": " + (reason.empty() ? "it is damaged or cut off" : reason));
 }
 
 void RequireReadableFile(const std::string& path) {
@@ -70,12 +70,25 @@ bool HasArgument(const std::string& operation, const char* name) {
   return g_object_class_find_property(G_OBJECT_CLASS(object_class), name) != nullptr;
 }
 
-void FlushToDisc(const std::string& path) {
-  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  const bool flushed = file >= 0 && fsync(file) == 0;
-  const int error = errno;
-  if (file >= 0) close(file);
-  if (!flushed) throw HostError(std::strerror(error));
+// Chroma in fewer samples only where the input's was; a JPEG's loader leaves word of it. Halved in both directions is
+// the one way in which libvips writes that.
+void SetJpegOptions(vips::VOption* options, const vips::VImage& image) {
+  constexpr char kSubsampling[] = "jpeg-chroma-subsample", kProgressive[] = "jpeg-multiscan";
+  if (image.get_typeof(kSubsampling) != 0) {
+    const bool halved = std::string(image.get_string(kSubsampling)) == "4:2:0";
+    options->set("subsample_mode", halved ? VIPS_FOREIGN_SUBSAMPLE_ON : VIPS_FOREIGN_SUBSAMPLE_OFF);
+  }
+  if (image.get_typeof(kProgressive) != 0 && image.get_int(kProgressive) != 0) options->set("interlace", true);
+}
+
+void SetTiffOptions(vips::VOption* options, const vips::VImage& image, const Encoding& like) {
+  const double bytes = VIPS_IMAGE_SIZEOF_PEL(image.get_image()) * 1.0 * image.width() * image.height();
+  if (like.big_tiff || bytes > kBigTiffBytes) options->set("bigtiff", true);
+  if (like.tiff_compression) options->set("compression", *like.tiff_compression);
+  options->set("predictor",
+               like.tiff_predictor ? VIPS_FOREIGN_TIFF_PREDICTOR_HORIZONTAL : VIPS_FOREIGN_TIFF_PREDICTOR_NONE);
+  if (like.tile_columns > 0)
+    options->set("tile", true)->set("tile_width", like.tile_columns)->set("tile_height", like.tile_rows);
 }
 
 }  // namespace
@@ -134,9 +147,6 @@ std::vector<std::string> LossesIn(const std::string& saver, const vips::VImage& 
   if (image.format() == VIPS_FORMAT_USHORT && format.format_table[VIPS_FORMAT_USHORT] == VIPS_FORMAT_UCHAR) {
     losses.push_back("the output format holds 8 bits per sample; the 16-bit picture is reduced to that");
   }
-  if (saver == "tiffsave" && vips_image_get_typeof(image.get_image(), VIPS_META_EXIF_NAME) != 0) {
-    losses.push_back("libvips writes no EXIF data to TIFF; only orientation and resolution are kept");
-  }
   const bool no_alpha = format.saveable == VIPS_SAVEABLE_MONO || format.saveable == VIPS_SAVEABLE_RGB ||
                         format.saveable == VIPS_SAVEABLE_RGB_CMYK;
   if (no_alpha && image.has_alpha()) {
@@ -145,17 +155,21 @@ std::vector<std::string> LossesIn(const std::string& saver, const vips::VImage& 
   return losses;
 }
 
-void SavePicture(const vips::VImage& image, const std::string& saver, const std::string& path) {
+void SavePicture(const vips::VImage& image, const std::string& saver, const std::string& path, const Encoding& like,
+                 std::optional<int> quality) {
   vips::VOption* options = vips::VImage::option()->set("in", image)->set("filename", path.c_str());
-  if (HasArgument(saver, "Q")) options->set("Q", kLossyQuality);
-  const double bytes = VIPS_IMAGE_SIZEOF_PEL(image.get_image()) * 1.0 * image.width() * image.height();
-  if (HasArgument(saver, "bigtiff") && bytes > kBigTiffBytes) options->set("bigtiff", true);
+  if (HasArgument(saver, "Q")) {
+    const int likewise = saver == "jpegsave" ? like.jpeg_quality.value_or(kLossyQuality) : kLossyQuality;
+    options->set("Q", quality.value_or(likewise));
+  }
+  if (saver == "jpegsave") SetJpegOptions(options, image);
+  if (saver == "webpsave" && like.webp_lossless && !quality) options->set("lossless", true);
+  if (saver == "tiffsave") SetTiffOptions(options, image, like);
   try {
     vips::VImage::call(saver.c_str(), options);
   } catch (const vips::VError&) {
     throw HostError(TakeVipsMessages());
   }
-  FlushToDisc(path);
 }
 
 }  // namespace kelvo::host

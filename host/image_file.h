@@ -2,9 +2,12 @@
 #ifndef KELVO_HOST_IMAGE_FILE_H
 #define KELVO_HOST_IMAGE_FILE_H
 
+#include <optional>
 #include <string>
 #include <vector>
 #include <vips/vips8>
+
+#include "encoding.h"
 
 namespace kelvo::host {
 
@@ -29,8 +32,10 @@ std::string SaverFor(const std::string& path);
 // What the format of `saver` cannot hold of the picture, one remark each.
 std::vector<std::string> LossesIn(const std::string& saver, const vips::VImage& image);
 
-// Evaluates the picture and writes it with its metadata. Throws HostError with the reason.
-void SavePicture(const vips::VImage& image, const std::string& saver, const std::string& path);
+// Evaluates the picture and writes it with its metadata, stored `like` another file where the format is the same.
+// `quality` is that of lossy formats, 1..100; nothing: that of `like`, or kLossyQuality. Throws HostError with the reason.
+void SavePicture(const vips::VImage& image, const std::string& saver, const std::string& path,
+                 const Encoding& like = {}, std::optional<int> quality = {});
 
 }  // namespace kelvo::host
 

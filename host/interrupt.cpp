@@ -13,22 +13,37 @@ namespace {
 std::atomic<int> caught_signal = 0;
 std::atomic<bool> file_guarded = false;
 char guarded_path[PATH_MAX];
-static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free);
+std::atomic<size_t> last_words_bytes = 0;
+char last_words[500];
+constexpr unsigned kSecondsToEnd = 1;
+static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free &&
+              std::atomic<size_t>::is_always_lock_free);
 
 void EndBy(int signal) {
   std::signal(signal, SIG_DFL);
   std::raise(signal);
 }
 
-void OnStopSignal(int signal) {
-  if (caught_signal.exchange(signal) == 0) return;
+void EndAtOnce(int signal) {
   if (file_guarded) unlink(guarded_path);
+  const size_t bytes = last_words_bytes;
+  if (bytes > 0 && write(STDERR_FILENO, last_words, bytes) < 0) EndBy(signal);  // either way
   EndBy(signal);
+}
+
+void OnStopSignal(int signal) {
+  if (caught_signal.exchange(signal) != 0) EndAtOnce(signal);
+  alarm(kSecondsToEnd);
+}
+
+void OnAlarm(int) {
+  EndAtOnce(caught_signal);
 }
 
 }  // namespace
 
 void CatchStopSignals() {
+  std::signal(SIGALRM, OnAlarm);
   struct sigaction action {};
   action.sa_handler = OnStopSignal;
   action.sa_flags = SA_RESTART;
@@ -47,6 +62,11 @@ bool StopRequested() {
 
 void EndByCaughtSignal() {
   if (const int signal = caught_signal; signal != 0) EndBy(signal);
+}
+
+void SetLastWords(const std::string& text) {
+  last_words_bytes = 0;
+  last_words_bytes = text.copy(last_words, sizeof last_words);
 }
 
 void GuardFile(const std::string& path) {

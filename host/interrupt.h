@@ -6,8 +6,9 @@
 
 namespace kelvo::host {
 
-// Makes SIGINT and SIGTERM set the flag below instead of ending the program. A second signal removes the guarded file
-// and ends the program at once. Signals that the parent has set to be ignored stay so.
+// Makes SIGINT and SIGTERM set the flag below instead of ending the program. If that has not led to its end within a
+// second, for one tile can take longer, or at a second signal, the guarded file is removed, the last words are written
+// and the program ends at once. Signals that the parent has set to be ignored stay so.
 void CatchStopSignals();
 
 bool StopRequested();
@@ -17,6 +18,9 @@ void EndByCaughtSignal();
 
 // The file that a second signal removes; an empty path for none. One file at a time, not thread-safe.
 void GuardFile(const std::string& path);
+
+// What standard error gets if the program ends at once; up to 500 bytes. Not thread-safe.
+void SetLastWords(const std::string& text);
 
 }  // namespace kelvo::host
 

@@ -1,36 +1,54 @@
-// kelvo: restores defocused pictures from the command line.
+// kelvo: restores blurred pictures from the command line.
 #include <iostream>
 #include <new>
 #include <vips/vips8>
 
+#include "batch_job.h"
+#include "compare_page.h"
 #include "cpu_level.h"
 #include "demo.h"
 #include "detect_job.h"
-#include "errors.h"
+#include "exiv2_setup.h"
 #include "interrupt.h"
 #include "members.h"
 #include "options.h"
-#include "restore_job.h"
+#include "sheet_job.h"
 #include "vips_setup.h"
 
 namespace kelvo::host {
 namespace {
 
-ExitStatus Run(const char* program, const Options& options) {
-  try {
-    if (options.command == Command::kMembers) {
-      PrintMember(options.settings.width, options.settings.direction, options.json);
+ExitStatus RunCommand(const Options& options) {
+  switch (options.command) {
+    case Command::kMembers:
+      PrintMember(options.picture.tile.width, options.picture.tile.direction, options.json);
       return kSuccess;
-    }
-    ChosenRoutines();  // refuses a wrong KELVO_CPU before anything is done
-    const VipsSession session(program, options.threads);
-    if (options.command == Command::kDetect) return RunDetectJob(options);
-    if (options.command == Command::kDemo) {
+    case Command::kDemo:
       RunDemo(options);
-    } else {
-      RunPictureJob(options);
-    }
-    return kSuccess;
+      return kSuccess;
+    case Command::kDetect:
+      return RunDetectJob(options);
+    case Command::kSheet:
+      RunSheetJob(options);
+      return kSuccess;
+    case Command::kCompare:
+      WriteComparePage(options);
+      return kSuccess;
+    default:
+      return RunBatch(options);
+  }
+}
+
+ExitStatus Run(int argc, char** argv) {
+  try {
+    const VipsSession vips(argv[0]);
+    const Exiv2Session exiv2;
+    Options options;
+    if (const auto status = ParseOptions(argc, argv, options)) return *status;
+    ChosenRoutines();  // refuses a wrong KELVO_CPU before anything is done
+    CatchStopSignals();
+    if (options.threads > 0) vips_concurrency_set(options.threads);
+    return RunCommand(options);
   } catch (const vips::VError&) {
     std::cerr << "kelvo: " << TakeVipsMessages() << "\n";
   } catch (const std::bad_alloc&) {
@@ -46,10 +64,7 @@ ExitStatus Run(const char* program, const Options& options) {
 
 int main(int argc, char** argv) {
   using namespace kelvo::host;
-  Options options;
-  if (const auto status = ParseOptions(argc, argv, options)) return *status;
-  CatchStopSignals();
-  const ExitStatus status = Run(argv[0], options);
-  if (status == kFailure) EndByCaughtSignal();
+  const ExitStatus status = Run(argc, argv);
+  EndByCaughtSignal();
   return status;
 }

@@ -9,14 +9,13 @@
 
 namespace kelvo::host {
 
-VipsSession::VipsSession(const char* program, int threads) {
+VipsSession::VipsSession(const char* program) {
   const auto ignore = [](const gchar*, GLogLevelFlags, const gchar*, gpointer) {};
   g_log_set_handler("VIPS", static_cast<GLogLevelFlags>(G_LOG_LEVEL_WARNING | G_LOG_LEVEL_INFO | G_LOG_LEVEL_DEBUG),
                     ignore, nullptr);
   if (vips_init(program) != 0) throw HostError("libvips does not start: " + TakeVipsMessages());
   // Every picture is worked on once, and a file may change between two runs of one program.
   vips_cache_set_max(0);
-  if (threads > 0) vips_concurrency_set(threads);
 }
 
 VipsSession::~VipsSession() {

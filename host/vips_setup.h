@@ -9,8 +9,8 @@ namespace kelvo::host {
 // libvips for as long as the object lives. Its warnings are kept off standard error: what matters comes as an error.
 class VipsSession {
  public:
-  // `threads` is the number of worker threads, 0 for one per core. Throws HostError.
-  VipsSession(const char* program, int threads);
+  // Throws HostError.
+  explicit VipsSession(const char* program);
   VipsSession(const VipsSession&) = delete;
   VipsSession& operator=(const VipsSession&) = delete;
   ~VipsSession();

@@ -16,6 +16,6 @@ install_missing() {
   "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -qq -y --no-install-recommends "${missing[@]}" > /dev/null
 }
 
-build_packages=(g++ cmake ninja-build pkg-config libvips-dev libcli11-dev nlohmann-json3-dev
+build_packages=(g++ cmake ninja-build pkg-config libvips-dev libcli11-dev nlohmann-json3-dev libexiv2-dev libtiff-dev
   fonts-dejavu-core)
-test_packages=(clang-14 clang-format-14 clang-tidy-14 doctest-dev libvips-tools python3 git)
+test_packages=(clang-14 clang-format-14 clang-tidy-14 doctest-dev libvips-tools libimage-exiftool-perl python3 git)
