@@ -83,14 +83,15 @@ TEST_CASE("digest: restoring, every width at every level, every direction") {
 TEST_CASE("digest: restoring with every set of variants") {
   const std::pair<uint32_t, uint32_t> pinned[] = {{3, 3286962887u}, {4, 3849876373u}, {8, 758245184u},
                                                   {15, 78039749u},  {24, 921715203u}, {28, 4080906020u}};
-  for (const auto& [variant, value] : pinned) {
+  for (const auto& pair : pinned) {
+    const uint32_t variant = pair.first;
     Digest digest;
     for (int turn = 0; turn < 20; ++turn) {
       const int direction = turn % 3 == 0 ? 0 : 1 + turn * 61 % 359;
       digest.Call(4, Blur(1 + turn, direction, variant < 16 ? -2 + turn % 7 / 6 : turn % 5 - 2), variant);
     }
     CAPTURE(variant);
-    CHECK(digest.value() == value);
+    CHECK(digest.value() == pair.second);
   }
 }
 

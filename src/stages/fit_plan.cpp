@@ -7,7 +7,7 @@ namespace kelvo {
 namespace {
 
 // Smoothness by RemoveNoise -1..3; measured on photographs (docs/quality.md). The levels suit noise of about 0.3 (what
-// is left of rounding to 8 bits), 0.5, 1, 2 and 5 grey levels.
+// is left of rounding to 8 bits), 0.5, 1, 2 and 3 to 6 grey levels.
 struct Smoothness {
   int limit;  // 1/128 grey levels
   int shift;

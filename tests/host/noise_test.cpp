@@ -35,11 +35,12 @@ TEST_CASE("the noise of a soft picture is measured, whatever its depth and howev
     int level;
   } cases[] = {{0.5, 0}, {1.0, 1}, {2.0, 2}, {6.0, 3}};
   for (const int white : {0, 200})
-    for (const auto& [sigma, level] : cases) {
+    for (const auto& expected : cases) {
+      const double sigma = expected.sigma;
       CAPTURE(sigma);
       CHECK(NoiseOf(Noisy<uint8_t>(sigma, white), 3) == doctest::Approx(sigma).epsilon(0.15));
       CHECK(NoiseOf(Noisy<uint16_t>(sigma, white), 3) == doctest::Approx(sigma).epsilon(0.15));
-      CHECK(NoiseLevel(NoiseOf(Noisy<uint8_t>(sigma, white), 3)) == level);
+      CHECK(NoiseLevel(NoiseOf(Noisy<uint8_t>(sigma, white), 3)) == expected.level);
     }
   CHECK(NoiseLevel(NoiseOf(Noisy<uint8_t>(0.0, 0), 3)) == -1);
   CHECK(NoiseOf(Noisy<uint16_t>(0.0, 320), 3) < 0.01);
