@@ -82,8 +82,8 @@ typedef struct TileParams {
   uint32_t WorkHeap; /* in: 32-bit address of the work heap; ignored by the kelvo_ functions */
   char Message[49];  /* out: English text of a failed check, else empty; always ends with a NUL */
   uint8_t Host85[207];
-  int32_t ImageWidth;  /* in: columns of the whole image, pixels (detection) */
-  int32_t ImageHeight; /* in: rows of the whole image, pixels (detection) */
+  int32_t ImageWidth;  /* in: columns of the whole image, pixels (detection, FIT; 0: the tile shows nothing else) */
+  int32_t ImageHeight; /* in: rows of the whole image, pixels (likewise) */
   int32_t TileTop;     /* in: image row of the tile's first core row */
   int32_t TileLeft;    /* in: image column of the tile's first core column */
   uint8_t Host308[4];

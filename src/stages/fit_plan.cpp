@@ -12,7 +12,7 @@ struct Smoothness {
   int limit;  // 1/128 grey levels
   int shift;
 };
-constexpr Smoothness kSmoothness[5] = {{128, 7}, {288, 7}, {640, 7}, {800, 6}, {1900, 6}};
+constexpr Smoothness kSmoothness[5] = {{128, 7}, {288, 7}, {360, 6}, {700, 6}, {1400, 6}};
 
 // The blocks of JPEG are noise as well: RemoveNoise is at least this, by JPGLevel.
 constexpr int kJpegNoise[7] = {-1, 1, 2, 2, 3, 3, 3};
