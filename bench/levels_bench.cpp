@@ -6,6 +6,7 @@
 #include <ctime>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "api/calls.h"
@@ -23,6 +24,7 @@ namespace {
 
 constexpr int kNone = -1000;  // a setting that does not apply
 constexpr uint32_t kModern = KELVO_VARIANT_UNDO_ROUND_MOVES | KELVO_VARIANT_SIGNED_MOTION;
+constexpr uint32_t kFit = KELVO_VARIANT_KEEP_FRACTION | KELVO_VARIANT_FIT | KELVO_VARIANT_FIT_ALONE;
 
 struct Case {
   std::string what;
@@ -88,13 +90,15 @@ std::vector<Case> AllCases() {
   for (int width = 1; width <= kMaxWidth; ++width) {
     cases.push_back({"defocus", width, 0, kNone, Calls(Operation::kDefocus)});
     for (int accuracy = -2; accuracy <= 2; ++accuracy)
-      cases.push_back({"focus", width, 0, accuracy, Calls(Operation::kFocus, kModern)});
+      for (const auto& [what, variant] : {std::pair{"focus", kModern}, {"fit", kFit}})
+        cases.push_back({what, width, 0, accuracy, Calls(Operation::kFocus, variant)});
     cases.push_back({"focus, moves stay", width, 0, 0, Calls(Operation::kFocus)});
   }
   for (const int width : {1, 2, 3, 4, 5, 6, 7, 8, 10, 12, 14, 16, 18, 20})
     for (const int angle : {20, 45}) {
       cases.push_back({"motion defocus", width, angle, kNone, Calls(Operation::kDefocus)});
       cases.push_back({"motion focus", width, angle, 0, Calls(Operation::kFocus, kModern)});
+      cases.push_back({"motion fit", width, angle, 0, Calls(Operation::kFocus, kFit)});
     }
   cases.push_back({"detect width", 5, 0, kNone, Calls(Operation::kDetectBlurWidth)});
   cases.push_back({"detect grid", 5, 0, kNone, Calls(Operation::kDetectJpegGrid)});

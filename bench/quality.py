@@ -131,11 +131,12 @@ def print_detail(arguments, program):
 
 
 ROUND = [Blur(width) for width in range(1, 21)]
-SOME = [Blur(width) for width in (1, 2, 3, 5, 8, 12, 20)] + [Blur(3, 45), Blur(8, 30), Blur(12, 110), Blur(20, 160)]
+MOVING = [Blur(3, 45), Blur(8, 30), Blur(12, 110), Blur(20, 160)]
+SOME = [Blur(width) for width in (1, 2, 3, 5, 8, 12, 20)] + MOVING
 MOTION = [Blur(width, direction) for width in (3, 5, 8, 12, 16, 20) for direction in (180, 15, 30, 45, 70, 110, 160)]
 TRUE = [Blur(width, 0, true) for width in (1, 2, 3, 5, 8, 12, 20) for true in (0.95, 1.0, 1.05)] + [
     Blur(width, direction, 1.0) for width in (3, 8, 16) for direction in (180, 30, 45)]
-BLURS = {"round": ROUND, "some": SOME, "motion": MOTION, "true": TRUE, "anchors": [Blur(w) for w in (2, 5, 10, 20)]}
+BLURS = {"round": ROUND, "some": SOME, "moving": MOVING, "motion": MOTION, "true": TRUE, "anchors": [Blur(w) for w in (2, 5, 10, 20)]}
 DAMAGES = [CLEAN, Damage(1.0), Damage(3.0), Damage(0.0, 90), Damage(0.0, 60)]
 TABLES = {"sets": (print_sets, "some", DAMAGES[:3], [0, 2]), "gains": (print_gains, "round", DAMAGES, ACCURACIES),
           "anchors": (print_anchors, "anchors", DAMAGES[:3], [0, 1, 2]), "detail": (print_detail, "some", [CLEAN], [0, 2])}
