@@ -63,7 +63,7 @@ RestoreSettings Completed(const PictureSettings& settings, const Findings& findi
   RestoreSettings completed = settings.tile;
   completed.width = settings.width.For(found.width);
   completed.jpeg = settings.jpeg.value_or(completed.width != 0 ? found.jpeg : 0);
-  completed.noise = settings.noise.value_or(findings.noise ? NoiseLevel(*findings.noise) : 0);
+  completed.noise = settings.noise.value_or(findings.noise ? NoiseLevel(*findings.noise, completed.jpeg) : 0);
   if (found.jpeg != 0) {
     completed.jpeg_column = found.column_phase;
     completed.jpeg_row = found.row_phase;

@@ -95,12 +95,11 @@ void AddNoise(CLI::App& command, PictureSettings& picture) {
 
 void AddColour(CLI::App& command, PictureSettings& picture) {
   const auto store = [&picture](const std::string& text) {
-    picture.luma = text == "luma";
-    return picture.luma || text == "channels";
+    picture.luma = text == "auto" ? std::nullopt : std::optional<bool>(text == "luma");
+    return text == "auto" || text == "luma" || text == "channels";
   };
-  AddText(command, "--colour", "luma|channels", "\"luma\" or \"channels\"", store,
-          std::string("What of a colour picture is restored: brightness alone, or each channel (default: ") +
-              (picture.luma ? "luma)" : "channels)"));
+  AddText(command, "--colour", "auto|luma|channels", "\"luma\" or \"channels\" and not \"auto\"", store,
+          "What of a colour picture is restored: brightness alone, or each channel (default: auto, luma after JPEG)");
 }
 
 // LEFT,TOP,WIDTH,HEIGHT.

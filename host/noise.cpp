@@ -59,11 +59,13 @@ double NoiseOf(const vips::VImage& image, int colour_bands) {
   return sum / colour_bands;
 }
 
-int NoiseLevel(double sigma) {
+int NoiseLevel(double sigma, int jpeg) {
   // Between the noises that the levels are made for (stages/fit_plan.cpp), and measured: at narrow widths noise of 3
   // levels needs the highest, at wide ones it costs a tenth of a dB.
   constexpr std::array<double, 4> kLimits = {0.38, 0.75, 1.5, 2.4};
-  return static_cast<int>(std::lower_bound(kLimits.begin(), kLimits.end(), sigma) - kLimits.begin()) - 1;
+  return static_cast<int>(std::lower_bound(kLimits.begin(), kLimits.end(), jpeg < 10 ? sigma : 4 * sigma) -
+                          kLimits.begin()) -
+         1;
 }
 
 }  // namespace kelvo::host

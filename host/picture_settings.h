@@ -19,11 +19,17 @@ struct PictureSettings {
   std::optional<int> jpeg;     // strength 0..80; nothing: to be detected
   std::optional<int> noise;    // suppression -1..3; nothing: to be measured
   RestoreSettings tile;        // the rest; its width, JPEG strength and noise are filled in from those above
-  bool luma = false;           // restore brightness alone instead of each channel
+  std::optional<bool> luma;    // restore brightness alone instead of each channel; nothing: by JPEG strength
   bool enlarge = false;        // twofold, after restoring
   std::optional<Area> region;  // only this part is written
   std::optional<int> quality;  // of lossy formats, 1..100; nothing: that of the input where it has one
 };
+
+// Whether brightness alone is restored. JPEG keeps colours at half the resolution and coarser, so that each channel by
+// itself gains less than what the colours lose (docs/program.md).
+inline bool RestoresLuma(const PictureSettings& settings, const RestoreSettings& done) {
+  return settings.luma.value_or(done.jpeg >= 10);
+}
 
 }  // namespace kelvo::host
 

@@ -94,7 +94,7 @@ StoredSettings SettingsOf(Command command, const PictureSettings& picture, const
   if (command != Command::kEnlarge) {
     add("width", std::to_string(done.width));
     if (done.direction != 0) add("direction", std::to_string(done.direction));
-    add("colour", picture.luma ? "luma" : "channels");
+    add("colour", RestoresLuma(picture, done) ? "luma" : "channels");
     if (done.raw_values) add("raw", "true");
   }
   if (command == Command::kRestore) {

@@ -34,7 +34,7 @@ vips::VImage CutTo(const Area& area, const vips::VImage& image, int scale) {
 
 vips::VImage TreatPicture(const ColourPicture& picture, Command command, const PictureSettings& settings,
                           const RestoreSettings& done) {
-  vips::VImage result = InFocus(picture, command, settings.luma, done);
+  vips::VImage result = InFocus(picture, command, RestoresLuma(settings, done), done);
   if (settings.enlarge) result = EnlargePicture(result, picture.colour_bands);
   return settings.region ? CutTo(*settings.region, result, settings.enlarge ? 2 : 1) : result;
 }

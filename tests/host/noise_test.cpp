@@ -43,6 +43,8 @@ TEST_CASE("the noise of a soft picture is measured, whatever its depth and howev
       CHECK(NoiseLevel(NoiseOf(Noisy<uint8_t>(sigma, white), 3)) == expected.level);
     }
   CHECK(NoiseLevel(NoiseOf(Noisy<uint8_t>(0.0, 0), 3)) == -1);
+  CHECK(NoiseLevel(0.4, 9) == 0);
+  CHECK(NoiseLevel(0.4, 10) == 2);
   CHECK(NoiseOf(Noisy<uint16_t>(0.0, 320), 3) < 0.01);
   CHECK(NoiseOf(PictureOf<uint8_t>({1, 2, 3, 4}, 2, 2, 1), 1) == 0.0);
 }
