@@ -63,7 +63,8 @@ Parsed Parse(const std::vector<std::string>& arguments, Options& options) {
 // The arguments with those of the stored settings in front, where later ones override them.
 std::vector<std::string> WithStored(const std::vector<std::string>& arguments, const StoredSettings& stored) {
   std::vector<std::string> all = {arguments.front()};
-  for (const auto& [name, value] : stored.values) all.push_back("--" + name + "=" + value);
+  for (const auto& [name, value] : stored.values)
+    all.push_back(std::string("--").append(name).append("=").append(value));
   all.insert(all.end(), arguments.begin() + 1, arguments.end());
   return all;
 }

@@ -19,7 +19,7 @@ class LaneSearch {
  public:
   // Searches the lanes of the mask `active`; the others stay unmoved.
   LaneSearch(Trial& trial, Vector active, Vector first_sign, bool halve_on_reversal)
-      : trial_(trial), active_(active), sign_(first_sign), halve_(halve_on_reversal) {}
+      : active_(active), sign_(first_sign), trial_(trial), halve_(halve_on_reversal) {}
 
   // The best moves in units.
   Vector Run() {
@@ -81,10 +81,10 @@ class LaneSearch {
     }
   }
 
-  Trial& trial_;
   Vector active_, sign_;
-  bool halve_;
   Vector cost_{}, units_{};
+  Trial& trial_;
+  bool halve_;
 };
 
 // What the cells of a row have in common: the units of the step codes 0..15, -16..-1, and how moves are coded.

@@ -60,36 +60,37 @@ bool WritesCells(int count, Row row, Cell cell) {
   return same;
 }
 
+void CheckRows(const Routines& routines, int width, const int32_t* from, int count) {
+  constexpr std::array<int16_t, 6> kCells = {-300, -1, 0, 1, 255, 777};
+  const auto least = [from](int i) {
+    int32_t value = 2000000000;
+    for (const int16_t cell : kCells) value = std::min(value, from[i + cell]);
+    return value;
+  };
+  Stencil blur = DiscBlur(width);
+  for (const Product product : {Product::kSigned, Product::kUnsigned}) {
+    blur.product = product;
+    CHECK(WritesCells(
+        count, [&](int32_t* to) { routines.stencil_row(blur, from, to, count); },
+        [&](int i) { return Evaluate(blur, from + i); }));
+  }
+  CHECK(WritesCells(
+      count, [&](int32_t* to) { routines.minimum_row(kCells, from, to, count); }, least));
+}
+
 TEST_CASE("a row of any length equals its cells one by one, and nothing beside it is touched") {
   std::vector<int32_t> plane(65536);
   for (const uint32_t mask : {0x7FFFu, 0xFFFFFFu, 0xFFFFFFFFu}) {
     for (size_t i = 0; i < plane.size(); ++i)
       plane[i] = static_cast<int32_t>(Mix(static_cast<uint32_t>(i) + mask) & mask);
-    const int32_t* from = &plane[100 * 256 + 20];
     for (const int width : {1, 2, 7, 8, 13, 20})
-      for (const int count : {1, 15, 16, 17, 128, 201}) {
-        CAPTURE(width);
-        CAPTURE(count);
-        constexpr std::array<int16_t, 6> cells = {-300, -1, 0, 1, 255, 777};
-        const auto least = [&](int i) {
-          int32_t value = 2000000000;
-          for (const int16_t cell : cells) value = std::min(value, from[i + cell]);
-          return value;
-        };
+      for (const int count : {1, 15, 16, 17, 128, 201})
         for (const Level level : RunnableLevels()) {
+          CAPTURE(width);
+          CAPTURE(count);
           CAPTURE(std::string(NameOf(level)));
-          const Routines& routines = RoutinesOf(level);
-          Stencil blur = DiscBlur(width);
-          for (const Product product : {Product::kSigned, Product::kUnsigned}) {
-            blur.product = product;
-            CHECK(WritesCells(
-                count, [&](int32_t* to) { routines.stencil_row(blur, from, to, count); },
-                [&](int i) { return Evaluate(blur, from + i); }));
-          }
-          CHECK(WritesCells(
-              count, [&](int32_t* to) { routines.minimum_row(cells, from, to, count); }, least));
+          CheckRows(RoutinesOf(level), width, &plane[100 * 256 + 20], count);
         }
-      }
   }
 }
 

@@ -161,6 +161,7 @@ bool MarkCrowdRow(const int32_t* __restrict residual, int32_t* __restrict codes,
   }
   uint32_t any = 0;
   for (int i = 0; i < count; ++i) {
+    // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): the loop above has filled two more than count
     const uint32_t over = columns[i] + columns[i + 1] + columns[i + 2] > kCrowdSum ? kOverLimit : 0;
     codes[i] = Signed(Bits(codes[i]) | over);
     any |= Bits(codes[i]) & (kOverLimit | kLimited);
