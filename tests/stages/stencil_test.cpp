@@ -62,7 +62,7 @@ bool WritesCells(int count, Row row, Cell cell) {
 
 void CheckRows(const Routines& routines, int width, const int32_t* from, int count) {
   constexpr std::array<int16_t, 6> kCells = {-300, -1, 0, 1, 255, 777};
-  const auto least = [from](int i) {
+  const auto least = [&](int i) {
     int32_t value = 2000000000;
     for (const int16_t cell : kCells) value = std::min(value, from[i + cell]);
     return value;
