@@ -15,8 +15,7 @@ namespace {
 
 constexpr int kToneCurve = 2;  // of every call
 
-// By the tables of docs/quality.md the fit alone is best for every width, direction, noise and Accuracy, but for noise
-// of 3 levels at widths 1 and 2, where a search at Accuracy 2 is as good and takes ten times as long.
+// By the tables of docs/quality.md the fit alone is best for every width, direction, noise and Accuracy.
 constexpr uint32_t kBestVariant = KELVO_VARIANT_KEEP_FRACTION | KELVO_VARIANT_FIT | KELVO_VARIANT_FIT_ALONE;
 
 // Fitted tiles differ a little where they meet, the more the wider the blur.

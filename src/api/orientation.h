@@ -16,9 +16,6 @@ struct FoldedDirection {
 // `direction` 1..359; a line at 180 + a is a line at a.
 FoldedDirection FoldDirection(int direction);
 
-// Transforms kDisplay in place before a motion routine, and undoes it after: the reflection at the anti-diagonal, the
-// quarter turn clockwise (scratch: kTurnScratch, which then holds the turned tile), the mirror left to right. Intended:
-// the mirror leaves row 255 alone, both ways.
 // The part of the tile that lies in the picture, by ImageWidth, ImageHeight, TileTop and TileLeft; the whole tile if the
 // host has not told the picture's size. Empty if the tile lies beside the picture.
 Area PictureArea(const TileParams& params);
@@ -26,6 +23,9 @@ Area PictureArea(const TileParams& params);
 // Where an area of the tile comes to lie when the tile is turned by Normalise.
 Area Normalised(const Area& area, Fold fold);
 
+// Transforms kDisplay in place before a motion routine, and undoes it after: the reflection at the anti-diagonal, the
+// quarter turn clockwise (scratch: kTurnScratch, which then holds the turned tile), the mirror left to right. Intended:
+// the mirror leaves row 255 alone, both ways.
 void Normalise(const Tile& tile, Fold fold);
 void Denormalise(const Tile& tile, Fold fold);
 
