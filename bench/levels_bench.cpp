@@ -148,7 +148,17 @@ bool WriteJson(const std::vector<Result>& results, const char* path) {
 
 }  // namespace
 
-bool PrintLevels(int repeats, const char* json_path) {
+bool PrintLevels(int repeats, const LevelsRequest& request) {
+  std::vector<Case> cases = AllCases();
+  if (request.only != nullptr)
+    std::erase_if(cases, [&](const Case& c) {
+      return c.what != request.only && c.what + " " + Text(c.accuracy) != request.only;
+    });
+  if (cases.empty()) {
+    std::fprintf(stderr, "kelvo-bench: --only %s: no such case; the first column of a full run names them\n",
+                 request.only);
+    return false;
+  }
   std::printf("\nMilliseconds of processor time per tile, plain, and how many times as fast the others are.\n\n");
   std::printf("| what | width | direction | accuracy | plain, ms |");
   std::string rule = "|---|---|---|---|---|";
@@ -158,13 +168,12 @@ bool PrintLevels(int repeats, const char* json_path) {
     rule += "---|";
   }
   std::printf("\n%s\n", rule.c_str());
-  const std::vector<Case> cases = AllCases();
   std::vector<Result> results;
   for (const Case& c : cases) {
     results.push_back(Measure(c, repeats));
     Print(results.back());
   }
-  return json_path == nullptr || WriteJson(results, json_path);
+  return request.json_path == nullptr || WriteJson(results, request.json_path);
 }
 
 }  // namespace kelvo::bench

@@ -4,10 +4,15 @@
 
 namespace kelvo::bench {
 
+struct LevelsRequest {
+  const char* only;       // the name of a case, alone or with its accuracy; null for all cases
+  const char* json_path;  // null for none
+};
+
 // Prints milliseconds of the plain level and how many times as fast the others are; the levels take turns, and each
-// number is the least of `repeats` runs in processor time. Writes all of them as JSON to `json_path` unless it is null;
-// returns false, with a message on stderr, if that fails.
-bool PrintLevels(int repeats, const char* json_path);
+// number is the least of `repeats` runs in processor time. Writes all of them as JSON if asked; returns false, with a
+// message on stderr, if that fails or if there is no such case.
+bool PrintLevels(int repeats, const LevelsRequest& request);
 
 }  // namespace kelvo::bench
 

@@ -3,11 +3,14 @@
 // Every number is the least of several runs on the same generated tile, on one thread. The share of the pair search is
 // taken inside the driver, by timing the move stage of each iteration.
 //
-//   kelvo-bench [REPEATS [round|motion|detect|enlarge|stack|levels]] [--json FILE]     everything, or one part; the
-//                                                       levels side by side also as JSON (see bench/compare, bench/plot)
+//   kelvo-bench [REPEATS [round|motion|detect|enlarge|stack|levels]]   everything, or one part
+//     --only NAME   of the levels the cases of that name, or of "NAME ACCURACY": --only "focus 0"
+//     --json FILE   the levels side by side also as JSON (see bench/compare, bench/plot)
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "analysis_bench.h"
 #include "enlarge_bench.h"
@@ -131,16 +134,24 @@ void PrintPairs(int repeats) {
   }
 }
 
+// Takes `--name VALUE` from the arguments; null if it is not there.
+const char* TakeOption(std::vector<const char*>& arguments, const char* name) {
+  const auto at =
+      std::find_if(arguments.begin(), arguments.end(), [name](std::string argument) { return argument == name; });
+  if (at == arguments.end() || at + 1 == arguments.end()) return nullptr;
+  const char* value = *(at + 1);
+  arguments.erase(at, at + 2);
+  return value;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  const char* json_path = nullptr;
-  if (argc > 2 && std::string(argv[argc - 2]) == "--json") {
-    json_path = argv[argc - 1];
-    argc -= 2;
-  }
-  const int repeats = argc > 1 ? std::max(1, std::atoi(argv[1])) : 5;
-  const std::string part = argc > 2 ? argv[2] : "all";
+  std::vector<const char*> arguments(argv + 1, argv + argc);
+  const char* json_path = TakeOption(arguments, "--json");
+  const char* only = TakeOption(arguments, "--only");
+  const int repeats = arguments.empty() ? 5 : std::max(1, std::atoi(arguments[0]));
+  const std::string part = arguments.size() > 1 ? arguments[1] : "all";
   const bool all = part == "all";
   if (all || part == "round") {
     PrintTiles(repeats);
@@ -150,6 +161,6 @@ int main(int argc, char** argv) {
   if (all || part == "detect") kelvo::bench::PrintAnalysis(repeats);
   if (all || part == "enlarge") kelvo::bench::PrintEnlargement(repeats);
   if (all || part == "stack") kelvo::bench::PrintStack();
-  if (all || part == "levels") return kelvo::bench::PrintLevels(repeats, json_path) ? 0 : 1;
+  if (all || part == "levels") return kelvo::bench::PrintLevels(repeats, {only, json_path}) ? 0 : 1;
   return 0;
 }
