@@ -11,9 +11,12 @@
 namespace kelvo::KELVO_TARGET {
 
 const Routines kRoutines = {.stencil_row = StencilRow,
+                            .stencil_area = StencilArea,
                             .minimum_row = MinimumRow,
                             .linear_row = LinearRow,
                             .display_row = DisplayRow,
+                            .linear_between_row = LinearBetweenRow,
+                            .display_between_row = DisplayBetweenRow,
                             .measure_row = MeasureRow,
                             .mark_edge_row = MarkEdgeRow,
                             .choose_filter_row = ChooseFilterRow,
@@ -29,6 +32,7 @@ const Routines kRoutines = {.stencil_row = StencilRow,
                             .shape_corner_row = ShapeCornerRow,
                             .fill_notch_row = FillNotchRow,
                             .join_line_row = JoinLineRow,
+                            .fit_limit_row = FitLimitRow,
                             .fit_misfit_row = FitMisfitRow,
                             .fit_smooth_row = FitSmoothRow,
                             .fit_step_row = FitStepRow};

@@ -13,74 +13,81 @@ namespace kelvo {
 namespace {
 
 // The fit's names for planes that a search has done with.
-constexpr int kAhead = kStaged;      // the estimate, ahead by its momentum: where gradients are taken
-constexpr int kMisfit = kResidual;   // 0 around region margin
-constexpr int kGradient = kBlurred;  // 0 around region margin + reach
-constexpr int kLimit = kClass;       // of slopes and bends that count in proportion, linear values
+constexpr Plane kAhead = kStaged;      // the estimate, ahead by its momentum: where gradients are taken
+constexpr Plane kGradient = kBlurred;  // 0 around region margin + reach
+constexpr Plane kLimit = kClass;       // of slopes and bends that count in proportion, linear values
 
-constexpr int kDarkest = 4;  // grey level below which the limit falls no further
+constexpr int kSmoothReach = 2;  // of the bends that smoothness reads
 
-// One grey level around `display` in linear light.
-int32_t LinearLevel(const TileParams& params, int32_t display) {
-  const int level = Clamp((display >> 7) & 255, kDarkest, 254);
-  const int32_t* curve = kForwardTone[params.CurveIndex];
-  return curve[level + 1] - curve[level];
+// All cells that the steps read.
+void StageFit(const Tile& tile, const FitFrame& frame, const FitPlan& plan, FitStart start) {
+  const Region region(plan.margin + frame.reach + std::max(frame.reach, kSmoothReach));
+  const Region searched(frame.estimate_margin);
+  const int count = region.size();
+  for (int row = region.first; row < region.end; ++row) {
+    const auto cells = [&tile, &region, row](int plane) { return tile.Row(plane, row, region.first); };
+    ToLinearRow(tile, cells(kDisplay), cells(kObserved), count);
+    tile.routines().fit_limit_row(kForwardTone[tile.params().CurveIndex], plan.limit, cells(kDisplay), cells(kLimit),
+                                  count);
+    std::copy_n(cells(kObserved), count, cells(kAhead));
+    if (start == FitStart::kEstimate && row >= searched.first && row < searched.end)
+      for (int column = searched.first; column < searched.end; ++column)
+        tile.At(kAhead, row, column) = Clamp(tile.At(kEstimate, row, column), 0, kLinearWhite);
+    std::copy_n(cells(kAhead), count, cells(kEstimate));
+    std::fill_n(cells(kMisfit), count, 0);
+    std::fill_n(cells(kGradient), count, 0);
+  }
 }
 
-void StageFit(const Tile& tile, const FitFrame& frame, int limit, FitStart start) {
-  const int32_t* display = tile.Cells(kDisplay);
-  int32_t *observed = tile.Cells(kObserved), *ahead = tile.Cells(kAhead), *limits = tile.Cells(kLimit);
-  ToLinearRow(tile, display, observed, kPlaneCells);
-  std::copy_n(observed, kPlaneCells, ahead);
-  for (int cell = 0; cell < kPlaneCells; ++cell)
-    limits[cell] = (LinearLevel(tile.params(), display[cell]) * limit) >> 7;
-  if (start == FitStart::kEstimate) {
-    const Region region(frame.estimate_margin);
-    for (int row = region.first; row < region.end; ++row)
-      for (int column = region.first; column < region.end; ++column)
-        tile.At(kAhead, row, column) = Clamp(tile.At(kEstimate, row, column), 0, kLinearWhite);
-  }
-  std::copy_n(ahead, kPlaneCells, tile.Cells(kEstimate));
-  for (int plane : {kMisfit, kGradient}) std::fill_n(tile.Cells(plane), kPlaneCells, 0);
+// Calls `work(row, rows)` for the rows of an area, a few at a time, so that what follows a blur finds it in the cache.
+template <class Work>
+void ForRows(const Area& area, Work work) {
+  for (int row = area.first_row; row < area.end_row; row += kAreaRows)
+    work(row, std::min(kAreaRows, area.end_row - row));
 }
 
 void FindMisfit(const Tile& tile, const Stencil& blur, const Area& area) {
-  const int count = area.end_column - area.first_column;
-  for (int row = area.first_row; row < area.end_row; ++row) {
-    int32_t* misfit = tile.Row(kMisfit, row, area.first_column);
-    const int32_t* observed = tile.Row(kObserved, row, area.first_column);
-    tile.routines().stencil_row(blur, tile.Row(kAhead, row, area.first_column), misfit, count);
-    tile.routines().fit_misfit_row(observed, misfit, count);
-  }
+  const int first = area.first_column, count = area.end_column - first;
+  ForRows(area, [&](int row, int rows) {
+    tile.routines().stencil_area(blur, tile.Row(kAhead, row, first), tile.Row(kMisfit, row, first), {rows, count});
+    for (int end = row + rows; row < end; ++row)
+      tile.routines().fit_misfit_row(tile.Row(kObserved, row, first), tile.Row(kMisfit, row, first), count);
+  });
 }
 
-// What of region `margin` lies in the picture; may be empty.
-Area ObservedArea(const Tile& tile, int margin) {
+void FindGradient(const Tile& tile, const Stencil& blur, int smooth_shift, const Area& area) {
+  const int first = area.first_column, count = area.end_column - first;
+  ForRows(area, [&](int row, int rows) {
+    tile.routines().stencil_area(blur, tile.Row(kMisfit, row, first), tile.Row(kGradient, row, first), {rows, count});
+    for (int end = row + rows; row < end; ++row)
+      tile.routines().fit_smooth_row(tile.Row(kAhead, row, first), tile.Row(kLimit, row, first), smooth_shift,
+                                     tile.Row(kGradient, row, first), count);
+  });
+}
+
+void Step(const Tile& tile, const Stencil& blur, FitPace pace, const Area& area) {
+  const int first = area.first_column, count = area.end_column - first;
+  int32_t blurred[kAreaRows * kTileSize];
+  ForRows(area, [&](int row, int rows) {
+    tile.routines().stencil_area(blur, tile.Row(kGradient, row, first), blurred, {rows, count});
+    for (int i = 0; i < rows; ++i)
+      tile.routines().fit_step_row(tile.Row(kGradient, row + i, first), blurred + i * kTileSize, pace,
+                                   tile.Row(kAhead, row + i, first), tile.Row(kEstimate, row + i, first), count);
+  });
+}
+
+Area AreaOf(int margin) {
   const Region region(margin);
-  const Area& picture = tile.picture();
-  Area area{std::max(region.first, picture.first_row), std::min(region.end, picture.end_row),
-            std::max(region.first, picture.first_column), std::min(region.end, picture.end_column)};
-  if (area.first_column >= area.end_column) area.end_row = area.first_row;
-  return area;
+  return {region.first, region.end, region.first, region.end};
 }
 
-void FindGradient(const Tile& tile, const Stencil& blur, int smooth_shift, const Region& region) {
-  for (int row = region.first; row < region.end; ++row) {
-    int32_t* gradient = tile.Row(kGradient, row, region.first);
-    tile.routines().stencil_row(blur, tile.Row(kMisfit, row, region.first), gradient, region.size());
-    tile.routines().fit_smooth_row(tile.Row(kAhead, row, region.first), tile.Row(kLimit, row, region.first),
-                                   smooth_shift, gradient, region.size());
-  }
-}
-
-void Step(const Tile& tile, const Stencil& blur, FitPace pace, const Region& region) {
-  int32_t blurred[kTileSize];
-  for (int row = region.first; row < region.end; ++row) {
-    const int32_t* gradient = tile.Row(kGradient, row, region.first);
-    tile.routines().stencil_row(blur, gradient, blurred, region.size());
-    tile.routines().fit_step_row(gradient, blurred, pace, tile.Row(kAhead, row, region.first),
-                                 tile.Row(kEstimate, row, region.first), region.size());
-  }
+// What of an area lies in region `margin`; may be empty.
+Area Within(const Area& area, int margin) {
+  const Region region(margin);
+  Area both{std::max(region.first, area.first_row), std::min(region.end, area.end_row),
+            std::max(region.first, area.first_column), std::min(region.end, area.end_column)};
+  if (both.first_column >= both.end_column) both.end_row = both.first_row;
+  return both;
 }
 
 // Of iteration i, from 0, in 1/128; it nears 1 as the steps go on.
@@ -88,16 +95,19 @@ constexpr int Momentum(int iteration) {
   return 128 * iteration / (iteration + 3);
 }
 
+// A step carries nothing farther than three blurs reach (smoothness looks two cells far), so the last ones need not be
+// taken everywhere: `wanted` is the region whose cells the steps to come, or the result, still depend on.
 void Fit(const Tile& tile, const FitFrame& frame, const FitPlan& plan, FitStart start) {
   Stencil blur = frame.blur;
   blur.product = Product::kSigned;  // misfits have a sign
-  StageFit(tile, frame, plan.limit, start);
-  const Area observed = ObservedArea(tile, plan.margin);
-  const Region region(plan.margin + frame.reach);
+  StageFit(tile, frame, plan, start);
+  const Area observed = Within(tile.picture(), plan.margin);
+  const int free = plan.margin + frame.reach;  // region of the estimate
   for (int iteration = 0; iteration < plan.iterations; ++iteration) {
-    FindMisfit(tile, blur, observed);
-    FindGradient(tile, blur, plan.smooth_shift, region);
-    Step(tile, blur, {plan.step, Momentum(iteration)}, region);
+    const int wanted = std::min(free, 3 * frame.reach * (plan.iterations - 1 - iteration));
+    FindMisfit(tile, blur, Within(observed, std::min(plan.margin, wanted + 2 * frame.reach)));
+    FindGradient(tile, blur, plan.smooth_shift, AreaOf(std::min(free, wanted + frame.reach)));
+    Step(tile, blur, {plan.step, Momentum(iteration)}, AreaOf(wanted));
   }
 }
 

@@ -65,8 +65,8 @@ enum class FitStart { kObserved, kEstimate };
 //   reads   kDisplay   any values: the observed tile, as long as no stage has written there
 //           kEstimate  region estimate_margin if `start` is kEstimate, any values
 //   writes  kDisplay   the core, 0..32767
-//           kEstimate  region margin + reach: the result, 0..16711680
-//           kBlurred, kObserved, kStaged, kResidual, kClass  scratch
+//           kEstimate  the core: the result, 0..16711680; around it scratch
+//           kBlurred, kObserved, kStaged, kClass, kMisfit  scratch
 //   fields  Accuracy, RemoveNoise, JPGLevel, CurveIndex
 void FinishWithFit(const Tile& tile, const FitFrame& frame, FitStart start);
 

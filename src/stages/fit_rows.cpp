@@ -10,15 +10,24 @@ namespace {
 // What the neighbours along a line, `step` cells apart, ask of a cell, in quarters: half of the limited slopes to both
 // sides, and a quarter of the limited bends here and, with the other sign, there.
 int32_t PullAlong(const int32_t* cell, int step, int32_t limit) {
-  const int32_t back2 = cell[-2 * step], back = cell[-step], here = *cell, next = cell[step], next2 = cell[2 * step];
+  const int32_t back = cell[-step], here = *cell, next = cell[step];
+  const int32_t slope0 = back - cell[-2 * step], slope1 = here - back, slope2 = next - here,
+                slope3 = cell[2 * step] - next;
   const auto limited = [limit](int32_t value) { return Clamp(value, -limit, limit); };
-  const int32_t slopes = limited(here - back) + limited(here - next);
-  const int32_t bends =
-      2 * limited(2 * here - back - next) - limited(2 * back - back2 - here) - limited(2 * next - next2 - here);
+  const int32_t slopes = limited(slope1) - limited(slope2);
+  const int32_t bends = 2 * limited(slope1 - slope2) - limited(slope0 - slope1) - limited(slope2 - slope3);
   return 2 * slopes + bends;
 }
 
 }  // namespace
+
+void FitLimitRow(const int32_t* curve, int32_t limit, const int32_t* display, int32_t* limits, int count) {
+  constexpr int kDarkest = 4;
+  for (int i = 0; i < count; ++i) {
+    const int level = Clamp((display[i] >> 7) & 255, kDarkest, 254);
+    limits[i] = ((curve[level + 1] - curve[level]) * limit) >> 7;
+  }
+}
 
 void FitMisfitRow(const int32_t* observed, int32_t* misfit, int count) {
   constexpr int32_t kTruncation = 64;

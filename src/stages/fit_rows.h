@@ -15,6 +15,10 @@ struct FitPace {
 
 namespace KELVO_TARGET {
 
+// Of cells observed as `display`: `limit` / 128 grey levels as linear light at that brightness, by a table of
+// kForwardTone. Below grey level 4 it falls no further.
+void FitLimitRow(const int32_t* curve, int32_t limit, const int32_t* display, int32_t* limits, int count);
+
 // Takes what is observed from the blurred cells in `misfit`. A difference counts by what it has over 64 either way: flat
 // ground loses some units in the blur, by the truncation of its sums, and must not drift.
 void FitMisfitRow(const int32_t* observed, int32_t* misfit, int count);

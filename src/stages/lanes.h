@@ -51,6 +51,19 @@ inline void Store(int32_t* cells, Vector v) {
   std::memcpy(cells, &v, sizeof v);
 }
 
+// Keeps a loaded vector in its register: a compiler that sees where it came from may load it again for every use.
+inline void KeepLoaded([[maybe_unused]] Vector& v) {
+#if defined(__SSE2__)
+#if defined(__AVX512F__)
+  __asm__("" : "+v"(v));  // all 32 registers
+#else
+  __asm__("" : "+x"(v));
+#endif
+#elif defined(__ARM_NEON)
+  __asm__("" : "+w"(v));
+#endif
+}
+
 // 0, 1, 2, ..
 inline Vector LaneNumbers() {
   Vector v{};

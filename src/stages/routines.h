@@ -26,12 +26,17 @@ struct Routines {
   // to[i] = the stencil's value at from + i, for i in 0 .. count - 1. The arrays must not overlap.
   void (*stencil_row)(const Stencil& stencil, const int32_t* from, int32_t* to, int count);
 
+  // The same over rows that lie kTileSize apart in both arrays.
+  void (*stencil_area)(const Stencil& stencil, const int32_t* from, int32_t* to, Extent extent);
+
   // to[i] = the least of 2000000000 and from[i + c] over all distances c in `cells`.
   void (*minimum_row)(std::span<const int16_t> cells, const int32_t* from, int32_t* to, int count);
 
   // The tone curves over rows (stages/tone.h).
   void (*linear_row)(const int32_t* table, const int32_t* from, int32_t* to, int count);
   void (*display_row)(const int16_t* table, const int32_t* from, int32_t* to, int count);
+  void (*linear_between_row)(const int32_t* table, const int32_t* from, int32_t* to, int count);
+  void (*display_between_row)(const int16_t* table, const int32_t* from, int32_t* to, int count);
 
   // The pre-filter's rows (stages/prefilter/class_rows.h).
   void (*measure_row)(const int32_t* smoothed, int32_t* codes, int count);
@@ -60,6 +65,7 @@ struct Routines {
   void (*join_line_row)(const int32_t* source, Compass compass, int32_t* corner, int32_t* outside, int count);
 
   // The rows of the fit (stages/fit_rows.h).
+  void (*fit_limit_row)(const int32_t* curve, int32_t limit, const int32_t* display, int32_t* limits, int count);
   void (*fit_misfit_row)(const int32_t* observed, int32_t* misfit, int count);
   void (*fit_smooth_row)(const int32_t* ahead, const int32_t* limit, int shift, int32_t* gradient, int count);
   void (*fit_step_row)(const int32_t* gradient, const int32_t* blurred, FitPace pace, int32_t* ahead, int32_t* estimate,

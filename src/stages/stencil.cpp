@@ -95,6 +95,11 @@ void StencilRow(const Stencil& stencil, const int32_t* from, int32_t* to, int co
       [&](int i) { to[i] = Evaluate(stencil, from + i); });
 }
 
+void StencilArea(const Stencil& stencil, const int32_t* from, int32_t* to, Extent extent) {
+  for (int row = 0; row < extent.rows; ++row)
+    StencilRow(stencil, from + row * kTileSize, to + row * kTileSize, extent.columns);
+}
+
 void MinimumRow(std::span<const int16_t> cells, const int32_t* from, int32_t* to, int count) {
   const auto minimum = [&](int i) {
     int32_t least = 2000000000;

@@ -55,6 +55,7 @@ struct Stencil {
   std::span<const PartialSum> sums;
   uint32_t normaliser;  // 2^32 / total weight, rounded down; 0: the total weight is 1 and nothing is multiplied
   Product product = Product::kSigned;
+  uint8_t disc = 0;  // the round width 1..20 whose blur it is, for which there is unrolled code; 0 for all others
 };
 
 // A class (a, b) is every cell (±a, ±b) and (±b, ±a); the four axis neighbours are (0, 1).
@@ -138,6 +139,14 @@ class StencilBuilder {
   uint32_t normaliser_ = 0;
 };
 
+// Rows and columns of a part of a plane.
+struct Extent {
+  int rows, columns;
+};
+
+// Areas are worked fastest in multiples of so many rows.
+inline constexpr int kAreaRows = 12;
+
 // The stencil's value at one cell. All arithmetic wraps.
 int32_t Evaluate(const Stencil& stencil, const int32_t* cell);
 
@@ -146,8 +155,9 @@ int32_t EvaluateFlat(const Stencil& stencil, int32_t value);
 
 namespace plain {
 
-// See Routines::stencil_row and Routines::minimum_row.
+// See Routines::stencil_row, Routines::stencil_area and Routines::minimum_row.
 void StencilRow(const Stencil& stencil, const int32_t* from, int32_t* to, int count);
+void StencilArea(const Stencil& stencil, const int32_t* from, int32_t* to, Extent extent);
 void MinimumRow(std::span<const int16_t> cells, const int32_t* from, int32_t* to, int count);
 
 }  // namespace plain
@@ -155,6 +165,7 @@ void MinimumRow(std::span<const int16_t> cells, const int32_t* from, int32_t* to
 namespace KELVO_TARGET {
 
 void StencilRow(const Stencil& stencil, const int32_t* from, int32_t* to, int count);
+void StencilArea(const Stencil& stencil, const int32_t* from, int32_t* to, Extent extent);
 void MinimumRow(std::span<const int16_t> cells, const int32_t* from, int32_t* to, int count);
 
 }  // namespace KELVO_TARGET

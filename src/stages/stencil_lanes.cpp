@@ -1,7 +1,5 @@
 // plain::StencilRow and plain::MinimumRow in vectors of neighbouring cells.
-#include "stages/fixed_point.h"
-#include "stages/lanes.h"
-#include "stages/stencil.h"
+#include "stages/stencil_lanes.h"
 
 namespace kelvo::KELVO_TARGET {
 namespace {
@@ -10,12 +8,6 @@ namespace {
 // four: 128 to 150 cells.
 constexpr int kVectors = kLanes == 16 ? 3 : 4;
 constexpr int kBlock = kVectors * kLanes;
-
-Vector Normalised(const Stencil& stencil, Vector total) {
-  if (stencil.normaliser == 0) return total;
-  const Vector factor = All(stencil.normaliser);
-  return stencil.product == Product::kSigned ? MulHighSigned(total, factor) : MulHigh(total, factor);
-}
 
 template <int kCount>
 void StencilBlock(const Stencil& stencil, const int32_t* from, int32_t* to) {

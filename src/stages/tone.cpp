@@ -15,15 +15,15 @@ void ToneMapRegion(const Tile& tile, int plane, int margin) {
 }
 
 void ToLinearRow(const Tile& tile, const int32_t* from, int32_t* to, int count) {
-  const int curve = tile.params().CurveIndex;
-  if (!tile.Has(KELVO_VARIANT_KEEP_FRACTION)) return tile.routines().linear_row(kForwardTone[curve], from, to, count);
-  for (int i = 0; i < count; ++i) to[i] = ForwardToneBetween(curve, from[i]);
+  const Routines& routines = tile.routines();
+  const bool keep = tile.Has(KELVO_VARIANT_KEEP_FRACTION);
+  (keep ? routines.linear_between_row : routines.linear_row)(kForwardTone[tile.params().CurveIndex], from, to, count);
 }
 
 void ToDisplayRow(const Tile& tile, const int32_t* from, int32_t* to, int count) {
-  const int curve = tile.params().CurveIndex;
-  if (!tile.Has(KELVO_VARIANT_KEEP_FRACTION)) return tile.routines().display_row(kInverseTone[curve], from, to, count);
-  for (int i = 0; i < count; ++i) to[i] = InverseToneBetween(curve, from[i]);
+  const Routines& routines = tile.routines();
+  const bool keep = tile.Has(KELVO_VARIANT_KEEP_FRACTION);
+  (keep ? routines.display_between_row : routines.display_row)(kInverseTone[tile.params().CurveIndex], from, to, count);
 }
 
 namespace plain {
@@ -34,6 +34,14 @@ void LinearRow(const int32_t* table, const int32_t* from, int32_t* to, int count
 
 void DisplayRow(const int16_t* table, const int32_t* from, int32_t* to, int count) {
   for (int i = 0; i < count; ++i) to[i] = table[Clamp(from[i] >> 12, 0, 4095)];
+}
+
+void LinearBetweenRow(const int32_t* table, const int32_t* from, int32_t* to, int count) {
+  for (int i = 0; i < count; ++i) to[i] = ForwardToneBetween(table, from[i]);
+}
+
+void DisplayBetweenRow(const int16_t* table, const int32_t* from, int32_t* to, int count) {
+  for (int i = 0; i < count; ++i) to[i] = InverseToneBetween(table, from[i]);
 }
 
 }  // namespace plain

@@ -1,29 +1,40 @@
-// plain::LinearRow and plain::DisplayRow in vectors of neighbouring cells.
+// The tone curves of tone.h in vectors of neighbouring cells.
 #include "stages/lanes.h"
 #include "stages/tone.h"
 
 namespace kelvo::KELVO_TARGET {
 namespace {
 
-// table[index] of 16 bits: two neighbours at once, of which the lower is wanted. The last entry has no neighbour, and is
-// taken as that of the last but one.
-Vector Gather16(const int16_t* table, Vector index) {
-  const Vector beyond = Equal(index, All(4095));
+constexpr uint32_t kLastLevel = 255, kLastEntry = 4095;
+
+struct Neighbours {
+  Vector here, next;
+};
+
+// table[index] and table[index + 1] of 16 bits, read at once. The last entry has no neighbour: it is its own, and read as
+// that of the last but one.
+Neighbours GatherNeighbours(const int16_t* table, Vector index) {
+  const Vector last = Equal(index, All(kLastEntry));
 #if defined(__AVX512F__)
   const Vector both =
-      reinterpret_cast<Vector>(_mm512_i32gather_epi32(reinterpret_cast<__m512i>(index + beyond), table, sizeof *table));
+      reinterpret_cast<Vector>(_mm512_i32gather_epi32(reinterpret_cast<__m512i>(index + last), table, sizeof *table));
 #elif defined(__AVX2__)
   const Vector both = reinterpret_cast<Vector>(_mm256_i32gather_epi32(
-      reinterpret_cast<const int*>(table), reinterpret_cast<__m256i>(index + beyond), sizeof *table));
+      reinterpret_cast<const int*>(table), reinterpret_cast<__m256i>(index + last), sizeof *table));
 #else
   Vector both{};
   for (int i = 0; i < kLanes; ++i) {
     uint32_t pair;
-    std::memcpy(&pair, table + (index[i] + beyond[i]), sizeof pair);
+    std::memcpy(&pair, table + (index[i] + last[i]), sizeof pair);
     both[i] = pair;
   }
 #endif
-  return ShiftRightArithmetic(Select(beyond, both, both << 16), 16);
+  const Vector next = ShiftRightArithmetic(both, 16);
+  return {Select(last, next, ShiftRightArithmetic(both << 16, 16)), next};
+}
+
+Vector OnChord(Vector here, Vector next, Vector part, int shift) {
+  return here + ShiftRightArithmetic((next - here) * part, shift);
 }
 
 // Vectors, the last of which overlaps the one before it. `from` and `to` may be the same row, so the last one is read
@@ -39,12 +50,30 @@ void ForRow(const int32_t* from, int32_t* to, int count, Map map) {
 
 void LinearRow(const int32_t* table, const int32_t* from, int32_t* to, int count) {
   if (count < kLanes) return plain::LinearRow(table, from, to, count);
-  ForRow(from, to, count, [table](Vector v) { return Gather(table, (v >> 7) & 255); });
+  ForRow(from, to, count, [table](Vector v) { return Gather(table, (v >> 7) & kLastLevel); });
 }
 
 void DisplayRow(const int16_t* table, const int32_t* from, int32_t* to, int count) {
   if (count < kLanes) return plain::DisplayRow(table, from, to, count);
-  ForRow(from, to, count, [table](Vector v) { return Gather16(table, Clamp(ShiftRightArithmetic(v, 12), 0, 4095)); });
+  ForRow(from, to, count,
+         [table](Vector v) { return GatherNeighbours(table, Clamp(ShiftRightArithmetic(v, 12), 0, kLastEntry)).here; });
+}
+
+void LinearBetweenRow(const int32_t* table, const int32_t* from, int32_t* to, int count) {
+  if (count < kLanes) return plain::LinearBetweenRow(table, from, to, count);
+  ForRow(from, to, count, [table](Vector v) {
+    const Vector level = (v >> 7) & kLastLevel;
+    return OnChord(Gather(table, level), Gather(table, Lesser(level + 1, All(kLastLevel))), v & 127, 7);
+  });
+}
+
+void DisplayBetweenRow(const int16_t* table, const int32_t* from, int32_t* to, int count) {
+  if (count < kLanes) return plain::DisplayBetweenRow(table, from, to, count);
+  ForRow(from, to, count, [table](Vector v) {
+    const Vector inside = Clamp(v, 0, (4096 << 12) - 1);
+    const Neighbours entries = GatherNeighbours(table, inside >> 12);
+    return OnChord(entries.here, entries.next, inside & 4095, 12);
+  });
 }
 
 }  // namespace kelvo::KELVO_TARGET

@@ -27,16 +27,14 @@ inline int32_t InverseTone(int curve, int32_t linear) {
   return kInverseTone[curve][Clamp(linear >> 12, 0, 4095)];
 }
 
-// Between entries, along the chord, truncated; the last entry goes on level.
-inline int32_t ForwardToneBetween(int curve, int32_t display) {
+// Between the entries of one curve, along the chord, truncated; the last entry goes on level.
+inline int32_t ForwardToneBetween(const int32_t* entries, int32_t display) {
   const int level = (display >> 7) & 255, next = level < 255 ? level + 1 : level;
-  const int32_t* entries = kForwardTone[curve];
   return entries[level] + ((entries[next] - entries[level]) * (display & 127) >> 7);
 }
-inline int32_t InverseToneBetween(int curve, int32_t linear) {
+inline int32_t InverseToneBetween(const int16_t* entries, int32_t linear) {
   const int32_t inside = Clamp(linear, 0, (4096 << 12) - 1);
   const int index = inside >> 12, next = index < 4095 ? index + 1 : index;
-  const int16_t* entries = kInverseTone[curve];
   return entries[index] + ((entries[next] - entries[index]) * (inside & 4095) >> 12);
 }
 
@@ -47,7 +45,7 @@ inline int32_t RoundTrip(int32_t display) {
   return InverseTone(2, ForwardTone(2, display));
 }
 inline int32_t RoundTripBetween(int32_t display) {
-  return InverseToneBetween(2, ForwardToneBetween(2, display));
+  return InverseToneBetween(kInverseTone[2], ForwardToneBetween(kForwardTone[2], display));
 }
 
 }  // namespace kelvo

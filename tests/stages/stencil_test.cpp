@@ -98,28 +98,68 @@ TEST_CASE("a row of any length equals its cells one by one, and nothing beside i
   }
 }
 
+// Whether an area of `to` has become the stencil's values around `from`, and nothing beside it has changed.
+bool WritesArea(const Routines& routines, const Stencil& stencil, const int32_t* from, Extent extent) {
+  constexpr int kRing = 2, kUntouched = 12345;
+  std::vector<int32_t> to(65536, kUntouched);
+  routines.stencil_area(stencil, from, &to[kRing * 256 + kRing], extent);
+  bool same = true;
+  for (int row = -kRing; row < extent.rows + kRing; ++row)
+    for (int column = -kRing; column < extent.columns + kRing; ++column) {
+      const bool inside = row >= 0 && row < extent.rows && column >= 0 && column < extent.columns;
+      const int32_t expected = inside ? Evaluate(stencil, from + row * 256 + column) : kUntouched;
+      same = same && to[static_cast<size_t>((row + kRing) * 256 + column + kRing)] == expected;
+    }
+  return same;
+}
+
+TEST_CASE("an area of any shape equals its cells one by one, for every width and other stencils") {
+  std::vector<int32_t> plane(65536);
+  for (size_t i = 0; i < plane.size(); ++i) plane[i] = static_cast<int32_t>(Mix(static_cast<uint32_t>(i)));
+  for (const Extent extent : {Extent{1, 40}, {5, 33}, {12, 16}, {13, 130}, {30, 7}, {31, 48}})
+    for (int width = 0; width <= kMaxWidth; ++width)
+      for (const Level level : RunnableLevels()) {
+        CAPTURE(width);
+        CAPTURE(extent.rows);
+        CAPTURE(extent.columns);
+        CAPTURE(std::string(NameOf(level)));
+        Stencil stencil = width == 0 ? Isotropic(4) : DiscBlur(width);
+        stencil.product = extent.rows % 2 == 0 ? Product::kUnsigned : Product::kSigned;
+        CHECK(WritesArea(RoutinesOf(level), stencil, &plane[100 * 256 + 60], extent));
+      }
+}
+
+// Whether the rows of the tile's tone curves, in place, equal the curves cell by cell.
+bool MapsRows(const Tile& tile, const std::vector<int32_t>& row) {
+  const int curve = tile.params().CurveIndex, count = static_cast<int>(row.size());
+  const bool keep = tile.Has(KELVO_VARIANT_KEEP_FRACTION);
+  std::vector<int32_t> linear = row, display = row;
+  ToLinearRow(tile, linear.data(), linear.data(), count);
+  ToDisplayRow(tile, display.data(), display.data(), count);
+  bool same = true;
+  for (size_t i = 0; i < row.size(); ++i) {
+    same = same && linear[i] == (keep ? ForwardToneBetween(kForwardTone[curve], row[i]) : ForwardTone(curve, row[i]));
+    same = same && display[i] == (keep ? InverseToneBetween(kInverseTone[curve], row[i]) : InverseTone(curve, row[i]));
+  }
+  return same;
+}
+
 TEST_CASE("tone curves over rows, in place: every level equals the curve cell by cell") {
   TileParams params{};
   Bench bench;
-  for (int curve = 0; curve < 4; ++curve)
-    for (const int count : {1, 8, 37, 160}) {
-      params.CurveIndex = curve;
-      for (const Level level : RunnableLevels()) {
-        CAPTURE(std::string(NameOf(level)));
-        const Tile tile(params, bench.heap(), RoutinesOf(level));
-        std::vector<int32_t> row(static_cast<size_t>(count)), linear, display;
-        for (size_t i = 0; i < row.size(); ++i)
-          row[i] = static_cast<int32_t>(i % 3 == 0 ? Mix(static_cast<uint32_t>(i)) : (i * 4099) << 10);
-        row.back() = 0xFFFFFF;
-        linear = display = row;
-        ToLinearRow(tile, linear.data(), linear.data(), count);
-        ToDisplayRow(tile, display.data(), display.data(), count);
-        for (size_t i = 0; i < row.size(); ++i) {
-          REQUIRE(linear[i] == ForwardTone(params.CurveIndex, row[i]));
-          REQUIRE(display[i] == InverseTone(params.CurveIndex, row[i]));
+  for (const size_t count : {1u, 8u, 37u, 160u}) {
+    std::vector<int32_t> row(count);
+    for (size_t i = 0; i < count; ++i)
+      row[i] = static_cast<int32_t>(i % 3 == 0 ? Mix(static_cast<uint32_t>(i)) : (i * 4099) << 10);
+    row.back() = 0xFFFFFF;
+    for (params.CurveIndex = 0; params.CurveIndex < 4; ++params.CurveIndex)
+      for (const uint32_t variant : {0u, uint32_t{KELVO_VARIANT_KEEP_FRACTION}})
+        for (const Level level : RunnableLevels()) {
+          CAPTURE(std::string(NameOf(level)));
+          CAPTURE(variant);
+          CHECK(MapsRows(Tile(params, bench.heap(), RoutinesOf(level), variant), row));
         }
-      }
-    }
+  }
 }
 
 TEST_CASE("every filter of the pre-filter gives its control value") {

@@ -5,9 +5,16 @@
 namespace kelvo {
 namespace {
 
+template <int width>
+constexpr Stencil MakeView() {
+  Stencil view = disc::kDisc<width>.View();
+  view.disc = width;
+  return view;
+}
+
 template <size_t... widths>
 constexpr std::array<Stencil, kMaxWidth> MakeViews(std::index_sequence<widths...>) {
-  return {disc::kDisc<static_cast<int>(widths) + 1>.View()...};
+  return {MakeView<static_cast<int>(widths) + 1>()...};
 }
 
 constexpr std::array<Stencil, kMaxWidth> kViews = MakeViews(std::make_index_sequence<kMaxWidth>());
