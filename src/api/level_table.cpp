@@ -5,6 +5,7 @@
 #include "round/pair_sweep.h"
 #include "stages/fit_rows.h"
 #include "stages/prefilter/class_rows.h"
+#include "stages/prefilter/filter_rows.h"
 #include "stages/step_rows.h"
 #include "stages/tone.h"
 
@@ -17,6 +18,7 @@ const Routines kRoutines = {.stencil_row = StencilRow,
                             .measure_row = MeasureRow,
                             .mark_edge_row = MarkEdgeRow,
                             .choose_filter_row = ChooseFilterRow,
+                            .filter_rows = FilterRows,
                             .split_row = SplitRow,
                             .mark_crowd_row = MarkCrowdRow,
                             .decode_row = DecodeRow,

@@ -17,6 +17,7 @@ namespace kelvo {
 
 struct Compass;
 struct DetailThresholds;
+struct FilterPlanes;
 struct FitPace;
 struct PairMoves;
 struct StepSweep;
@@ -37,6 +38,7 @@ struct Routines {
   void (*measure_row)(const int32_t* smoothed, int32_t* codes, int count);
   void (*mark_edge_row)(const int32_t* above, int32_t* codes, const int32_t* below, int count);
   void (*choose_filter_row)(const DetailThresholds& thresholds, int32_t* codes, int count);
+  void (*filter_rows)(const FilterPlanes& planes, int rows, int columns);  // stages/prefilter/filter_rows.h
   void (*split_row)(const int32_t* display, const int32_t* staged, int32_t* residual, int count);
   bool (*mark_crowd_row)(const int32_t* residual, int32_t* codes, int count);
 
