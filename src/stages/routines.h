@@ -35,7 +35,7 @@ struct Routines {
   void (*display_row)(const int16_t* table, const int32_t* from, int32_t* to, int count);
 
   // The pre-filter's rows (stages/prefilter/class_rows.h).
-  void (*measure_row)(const int32_t* smoothed, int32_t* codes, int count);
+  void (*measure_rows)(const int32_t* smoothed, int32_t* codes, int rows, int count);
   void (*mark_edge_row)(const int32_t* above, int32_t* codes, const int32_t* below, int count);
   void (*choose_filter_row)(const DetailThresholds& thresholds, int32_t* codes, int count);
   void (*filter_rows)(const FilterPlanes& planes, int rows, int columns);  // stages/prefilter/filter_rows.h

@@ -17,8 +17,8 @@ struct DetailThresholds {
 
 namespace KELVO_TARGET {
 
-// Direction, contrast and edge score of `count` cells, from the smoothed cells around each.
-void MeasureRow(const int32_t* smoothed, int32_t* codes, int count);
+// Direction, contrast and edge score of `rows` rows of `count` cells of a plane, from the smoothed cells around each.
+void MeasureRows(const int32_t* smoothed, int32_t* codes, int rows, int count);
 
 // Adds the edge flags of a row: each cell's own and what its neighbours in the row and in those above and below shed.
 // `above` and `below` may be null: then there are none.

@@ -19,10 +19,8 @@ uint32_t Contrast(uint32_t code) {
 
 void MeasureDirections(const Tile& tile, int margin) {
   const Region region(margin);
-  for (int row = region.first; row < region.end; ++row) {
-    tile.routines().measure_row(tile.Row(kPreSmoothed, row, region.first), tile.Row(kClass, row, region.first),
-                                region.size());
-  }
+  tile.routines().measure_rows(tile.Row(kPreSmoothed, region.first, region.first),
+                               tile.Row(kClass, region.first, region.first), region.size(), region.size());
 }
 
 struct Square {
