@@ -6,6 +6,7 @@
 #include "stages/fit_rows.h"
 #include "stages/prefilter/class_rows.h"
 #include "stages/prefilter/filter_rows.h"
+#include "stages/prefilter/residual_rows.h"
 #include "stages/step_rows.h"
 #include "stages/tone.h"
 
@@ -17,10 +18,13 @@ const Routines kRoutines = {.stencil_row = StencilRow,
                             .display_row = DisplayRow,
                             .measure_rows = MeasureRows,
                             .mark_edge_row = MarkEdgeRow,
+                            .mark_ringing_rows = MarkRingingRows,
                             .choose_filter_row = ChooseFilterRow,
                             .filter_rows = FilterRows,
                             .split_row = SplitRow,
                             .mark_crowd_row = MarkCrowdRow,
+                            .limit_rows = LimitRows,
+                            .damp_block_row = DampBlockRow,
                             .decode_row = DecodeRow,
                             .add_row = AddRow,
                             .reset_row = ResetRow,

@@ -5,7 +5,7 @@
 
 #include "stages/fixed_point.h"
 #include "stages/prefilter/classify.h"
-#include "stages/prefilter/residual.h"
+#include "stages/prefilter/spread.h"
 #include "stages/tile.h"
 
 namespace kelvo::KELVO_TARGET {
@@ -133,10 +133,19 @@ uint32_t ShedFlag(uint32_t code) {
   return score >= 8 ? kByEdge : score >= 4 ? kNearEdge : 0;
 }
 
-constexpr int kCrowdSum = 192;  // over a 3 x 3 block: more than 5 grey levels a cell
+// JPEG rings within 4 cells of a contrast, and more weakly within 8 of a strong one: in bits 0..2 the flags of the near
+// cells, in bits 4..6 those of the far ones.
+constexpr uint32_t kFlat = 50;  // the greatest contrast of flat ground
+constexpr SpreadStep kRingingSteps[] = {{1, 0x77, 0x77}, {1, 0x77, 0x77}, {2, 0x77, 0x77}, {4, 0x70, 0x70}};
 
-uint32_t ResidualSize(int32_t cell) {
-  return Magnitude(Bits(ResidualByte(cell)));
+uint32_t Contrast(uint32_t code) {
+  return code >> kContrastShift & kContrastMask;
+}
+
+// What a cell's contrast does to the ground around it.
+uint8_t RingingMark(uint32_t contrast) {
+  const uint32_t mark = contrast >= 201 ? 0x21 : contrast >= 101 ? 0x42 : contrast > kFlat ? 0x04 : 0;
+  return static_cast<uint8_t>(mark);
 }
 
 }  // namespace
@@ -171,6 +180,24 @@ void MarkEdgeRow(const int32_t* above, int32_t* codes, const int32_t* below, int
                       over[i + 2]);
 }
 
+// Only flat cells are marked: an edge must not raise its own threshold.
+void MarkRingingRows(int32_t* codes, int rows, int count) {
+  Spread spread(kRingingSteps, count);
+  const int delay = spread.delay();
+  MarkRow row = {};
+  for (int i = 0; i < rows + delay; ++i) {
+    const int32_t* from = codes + i * kTileSize;
+    for (int k = 0; k < count; ++k) row.cells()[k] = i < rows ? RingingMark(Contrast(Bits(from[k]))) : uint8_t{0};
+    spread.Pass(row);
+    if (i < delay) continue;
+    int32_t* to = codes + (i - delay) * kTileSize;
+    for (int k = 0; k < count; ++k) {
+      const uint32_t marks = row.cells()[k], flags = ((marks | marks >> 4) & 7) * kRinging1;
+      to[k] = Signed(Bits(to[k]) | (Contrast(Bits(to[k])) <= kFlat ? flags : 0));
+    }
+  }
+}
+
 void ChooseFilterRow(const DetailThresholds& thresholds, int32_t* __restrict codes, int count) {
   const int32_t* __restrict limits = thresholds.of;
   const int last_directional = thresholds.last_directional;
@@ -183,30 +210,6 @@ void ChooseFilterRow(const DetailThresholds& thresholds, int32_t* __restrict cod
     const uint32_t directional = row >= 1 && row <= last_directional ? kDirectional : 0;
     codes[i] = Signed(code | Bits(row) << kRowShift | directional);
   }
-}
-
-void SplitRow(const int32_t* __restrict display, const int32_t* __restrict staged, int32_t* __restrict residual,
-              int count) {
-  for (int i = 0; i < count; ++i) {
-    const int32_t taken = WrapAdd(WrapSub(display[i], staged[i]), 16) >> 5;
-    residual[i] = Signed(Bits(residual[i]) | (Bits(Clamp(taken, -kGreatestResidual, kGreatestResidual)) & 255u));
-  }
-}
-
-bool MarkCrowdRow(const int32_t* __restrict residual, int32_t* __restrict codes, int count) {
-  uint32_t columns[kTileSize + 2];
-  for (int i = 0; i < count + 2; ++i) {
-    const int32_t* cell = residual + i - 1;
-    columns[i] = ResidualSize(cell[-kTileSize]) + ResidualSize(cell[0]) + ResidualSize(cell[kTileSize]);
-  }
-  uint32_t any = 0;
-  for (int i = 0; i < count; ++i) {
-    // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): the loop above has filled two more than count
-    const uint32_t over = columns[i] + columns[i + 1] + columns[i + 2] > kCrowdSum ? kOverLimit : 0;
-    codes[i] = Signed(Bits(codes[i]) | over);
-    any |= Bits(codes[i]) & (kOverLimit | kLimited);
-  }
-  return any != 0;
 }
 
 }  // namespace kelvo::KELVO_TARGET
