@@ -2,7 +2,10 @@
 // every filter writes its own cells.
 #include "stages/fixed_point.h"
 #include "stages/lanes.h"
+#include "stages/prefilter/classify.h"
+#include "stages/prefilter/filter_queues.h"
 #include "stages/prefilter/filter_rows.h"
+#include "stages/prefilter/filter_unrolled.h"
 
 namespace kelvo::KELVO_TARGET {
 namespace {
@@ -12,6 +15,7 @@ using namespace class_code;
 using Bits64 = uint64_t __attribute__((vector_size(kVectorBytes)));
 
 constexpr uint32_t kKind = kRowMask << kRowShift | kDirectional;  // row, and whether the direction counts
+constexpr uint64_t kUnchanged = uint64_t{1} << kDirections;       // the filter of row 0
 
 // The numbers of the filters of a vector of cells, each as a bit.
 uint64_t FiltersOf(const int32_t* codes) {
@@ -27,54 +31,42 @@ uint64_t FiltersOf(const int32_t* codes) {
   return present;
 }
 
-// The codes of the cells that want a filter, under a mask.
-struct Wanted {
-  Vector mask, value;
+struct VectorCells {
+  static Vector At(const int32_t* cells) { return Load(cells); }
+  static Vector Shifted(Vector v, int shift) { return ShiftRightArithmetic(v, shift); }
 };
 
-Wanted CodesOf(int number) {
-  const uint32_t row = Bits(number / (kDirections + 1)), direction = Bits(number % (kDirections + 1));
-  if (direction == kDirections) return {All(kKind), All(row << kRowShift)};
-  return {All(kKind | kDirectionMask), All(row << kRowShift | kDirectional | direction)};
-}
+template <int kNumber>
+struct VectorWork {
+  static constexpr uint32_t kRow = Bits(kNumber / (kDirections + 1)) << kRowShift;
+  static constexpr uint32_t kDirection = Bits(kNumber % (kDirections + 1));
+  static constexpr bool kIsDirectional = kDirection != kDirections;
+  static constexpr uint32_t kMask = kIsDirectional ? kKind | kDirectionMask : kKind;
+  static constexpr uint32_t kWanted = kIsDirectional ? kRow | kDirectional | kDirection : kRow;
 
-// The weights of a filter sum to one, so that nothing is normalised.
-void FilterVectors(const FilterPlanes& planes, const Stencil& filter, const Wanted& wanted, const uint16_t* places) {
-  constexpr int kCount = FilterQueues::kTogether;
-  Vector total[kCount] = {};
-  const int16_t* next = filter.cells.data();
-  for (size_t s = 0; s < filter.sums.size(); ++s) {
-    const PartialSum sum = filter.sums.data()[s];
-    Vector part[kCount] = {};
-    for (const int16_t* end = next + sum.count; next != end; ++next)
-      for (int k = 0; k < kCount; ++k) part[k] += Load(planes.display + places[k] + *next);
-    const int left = sum.shift < 0 ? -sum.shift : 0, right = sum.shift < 0 ? 0 : sum.shift;
-    for (int k = 0; k < kCount; ++k) total[k] += ShiftRightArithmetic(part[k] << left, right);
+  static void Apply(const FilterPlanes& planes, const uint16_t* places, int count) {
+    for (int i = 0; i < count; ++i) {
+      const Vector chosen = Equal(Load(planes.codes + places[i]) & kMask, All(kWanted));
+      int32_t* to = planes.staged + places[i];
+      Store(to, Select(chosen, Filtered<VectorCells, kNumber>(planes.display + places[i]), Load(to)));
+    }
   }
-  for (int k = 0; k < kCount; ++k) {
-    const Vector chosen = Equal(Load(planes.codes + places[k]) & wanted.mask, wanted.value);
-    int32_t* to = planes.staged + places[k];
-    Store(to, Select(chosen, total[k], Load(to)));
-  }
-}
+};
+
+constexpr FilterWorks kWorks = MakeWorks<VectorWork>();
 
 }  // namespace
 
 void FilterRows(const FilterPlanes& planes, int rows, int columns) {
-  const auto work = [&](int number, const uint16_t* places, int count) {
-    const Stencil& filter = FilterOfNumber(number);
-    const Wanted wanted = CodesOf(number);
-    for (int i = 0; i < count; i += FilterQueues::kTogether) FilterVectors(planes, filter, wanted, places + i);
-  };
-  FilterQueues queues;
+  FilterQueues queues(planes, kWorks);
   for (int row = 0; row < rows; ++row)
     for (int column = 0; column < columns; column += kLanes) {
       const int place = row * kTileSize + (column + kLanes <= columns ? column : columns - kLanes);
       Store(planes.staged + place, Load(planes.display + place));
-      uint64_t filters = FiltersOf(planes.codes + place) & ~(uint64_t{1} << kKeepsCell);
-      for (; filters != 0; filters &= filters - 1) queues.Add(__builtin_ctzll(filters), place, work);
+      uint64_t filters = FiltersOf(planes.codes + place) & ~kUnchanged;
+      for (; filters != 0; filters &= filters - 1) queues.Add(__builtin_ctzll(filters), place);
     }
-  queues.Finish(work);
+  queues.Finish();
 }
 
 }  // namespace kelvo::KELVO_TARGET

@@ -1,6 +1,9 @@
 #include "stages/prefilter/filter_rows.h"
 
 #include "stages/fixed_point.h"
+#include "stages/prefilter/classify.h"
+#include "stages/prefilter/filter_queues.h"
+#include "stages/prefilter/filter_unrolled.h"
 
 namespace kelvo::plain {
 namespace {
@@ -14,42 +17,39 @@ int NumberOf(uint32_t code) {
   return Signed(row * (kDirections + 1) + ((code & kDirectional) != 0 ? code & kDirectionMask : kDirections));
 }
 
-// The weights of a filter sum to one, so that nothing is normalised.
-void FilterCells(const FilterPlanes& planes, const Stencil& filter, const uint16_t* places) {
-  constexpr int kCount = FilterQueues::kTogether;
-  uint32_t total[kCount] = {};
-  const int16_t* next = filter.cells.data();
-  for (const PartialSum sum : filter.sums) {
-    uint32_t part[kCount] = {};
-    for (const int16_t* end = next + sum.count; next != end; ++next)
-      for (int k = 0; k < kCount; ++k) part[k] += Bits(planes.display[places[k] + *next]);
-    const int left = sum.shift < 0 ? -sum.shift : 0, right = sum.shift < 0 ? 0 : sum.shift;
-    for (int k = 0; k < kCount; ++k) total[k] += ShiftRight(part[k] << left, right);
+struct SingleCells {
+  static uint32_t At(const int32_t* cell) { return Bits(*cell); }
+  static uint32_t Shifted(uint32_t value, int shift) { return ShiftRight(value, shift); }
+};
+
+template <int kNumber>
+struct SingleWork {
+  static void Apply(const FilterPlanes& planes, const uint16_t* places, int count) {
+    for (int i = 0; i < count; ++i)
+      planes.staged[places[i]] = Signed(Filtered<SingleCells, kNumber>(planes.display + places[i]));
   }
-  for (int k = 0; k < kCount; ++k) planes.staged[places[k]] = Signed(total[k]);
-}
+};
+
+constexpr FilterWorks kWorks = MakeWorks<SingleWork>();
 
 }  // namespace
 
 void FilterRows(const FilterPlanes& planes, int rows, int columns) {
-  const auto work = [&](int number, const uint16_t* places, int count) {
-    const Stencil& filter = FilterOfNumber(number);
-    for (int i = 0; i < count; i += FilterQueues::kTogether) FilterCells(planes, filter, places + i);
-  };
-  FilterQueues queues;
+  FilterQueues queues(planes, kWorks);
   for (int row = 0; row < rows; ++row)
     for (int column = 0; column < columns;) {
       const int place = row * kTileSize + column;
       const int number = NumberOf(Bits(planes.codes[place]));
       int run = 1;
       while (column + run < columns && NumberOf(Bits(planes.codes[place + run])) == number) ++run;
-      if (run >= kLongRun)
-        StencilRow(FilterOfNumber(number), planes.display + place, planes.staged + place, run);
+      if (run >= kLongRun || number == kDirections)
+        StencilRow(PrefilterFilter(number / (kDirections + 1), number % (kDirections + 1)), planes.display + place,
+                   planes.staged + place, run);
       else
-        for (int i = 0; i < run; ++i) queues.Add(number, place + i, work);
+        for (int i = 0; i < run; ++i) queues.Add(number, place + i);
       column += run;
     }
-  queues.Finish(work);
+  queues.Finish();
 }
 
 }  // namespace kelvo::plain
