@@ -31,6 +31,10 @@ uint64_t FiltersOf(const int32_t* codes) {
   return present;
 }
 
+constexpr int Least(int a, int b) {
+  return a < b ? a : b;
+}
+
 struct VectorCells {
   static Vector At(const int32_t* cells) { return Load(cells); }
   static Vector Shifted(Vector v, int shift) { return ShiftRightArithmetic(v, shift); }
@@ -59,13 +63,19 @@ constexpr FilterWorks kWorks = MakeWorks<VectorWork>();
 
 void FilterRows(const FilterPlanes& planes, int rows, int columns) {
   FilterQueues queues(planes, kWorks);
-  for (int row = 0; row < rows; ++row)
-    for (int column = 0; column < columns; column += kLanes) {
-      const int place = row * kTileSize + (column + kLanes <= columns ? column : columns - kLanes);
+  const auto first_of = [columns](int vector) { return Least(vector * kLanes, columns - kLanes); };
+  const int vectors = (columns + kLanes - 1) / kLanes;
+  for (int row = 0; row < rows; ++row) {
+    uint64_t filters[kTileSize / kLanes];  // for the whole row before any is queued: the two would wait for each other
+    for (int i = 0; i < vectors; ++i) {
+      const int place = row * kTileSize + first_of(i);
       Store(planes.staged + place, Load(planes.display + place));
-      uint64_t filters = FiltersOf(planes.codes + place) & ~kUnchanged;
-      for (; filters != 0; filters &= filters - 1) queues.Add(__builtin_ctzll(filters), place);
+      filters[i] = FiltersOf(planes.codes + place) & ~kUnchanged;
     }
+    for (int i = 0; i < vectors; ++i)
+      for (uint64_t left = filters[i]; left != 0; left &= left - 1)
+        queues.Add(__builtin_ctzll(left), row * kTileSize + first_of(i));
+  }
   queues.Finish();
 }
 
