@@ -142,10 +142,21 @@ uint32_t Contrast(uint32_t code) {
   return code >> kContrastShift & kContrastMask;
 }
 
-// What a cell's contrast does to the ground around it.
-uint8_t RingingMark(uint32_t contrast) {
-  const uint32_t mark = contrast >= 201 ? 0x21 : contrast >= 101 ? 0x42 : contrast > kFlat ? 0x04 : 0;
-  return static_cast<uint8_t>(mark);
+// What the cells' contrasts do to the ground around them.
+void MarkContrasts(const int32_t* __restrict codes, uint8_t* __restrict marks, int count) {
+  for (int i = 0; i < count; ++i) {
+    const uint32_t contrast = Contrast(Bits(codes[i]));
+    const uint32_t mark = contrast >= 201 ? 0x21 : contrast >= 101 ? 0x42 : contrast > kFlat ? 0x04 : 0;
+    marks[i] = static_cast<uint8_t>(mark);
+  }
+}
+
+// Only flat cells are marked: an edge must not raise its own threshold.
+void MarkFlat(const uint8_t* __restrict marks, int32_t* __restrict codes, int count) {
+  for (int i = 0; i < count; ++i) {
+    const uint32_t code = Bits(codes[i]), mark = marks[i];
+    codes[i] = Signed(code | (Contrast(code) <= kFlat ? ((mark | mark >> 4) & 7) * kRinging1 : 0));
+  }
 }
 
 }  // namespace
@@ -180,21 +191,14 @@ void MarkEdgeRow(const int32_t* above, int32_t* codes, const int32_t* below, int
                       over[i + 2]);
 }
 
-// Only flat cells are marked: an edge must not raise its own threshold.
 void MarkRingingRows(int32_t* codes, int rows, int count) {
   Spread spread(kRingingSteps, count);
   const int delay = spread.delay();
-  MarkRow row = {};
   for (int i = 0; i < rows + delay; ++i) {
-    const int32_t* from = codes + i * kTileSize;
-    for (int k = 0; k < count; ++k) row.cells()[k] = i < rows ? RingingMark(Contrast(Bits(from[k]))) : uint8_t{0};
-    spread.Pass(row);
-    if (i < delay) continue;
-    int32_t* to = codes + (i - delay) * kTileSize;
-    for (int k = 0; k < count; ++k) {
-      const uint32_t marks = row.cells()[k], flags = ((marks | marks >> 4) & 7) * kRinging1;
-      to[k] = Signed(Bits(to[k]) | (Contrast(Bits(to[k])) <= kFlat ? flags : 0));
-    }
+    MarkRow& next = spread.Next();
+    if (i < rows) MarkContrasts(codes + i * kTileSize, next.cells(), count);
+    const MarkRow& row = spread.Pass();
+    if (i >= delay) MarkFlat(row.cells(), codes + (i - delay) * kTileSize, count);
   }
 }
 

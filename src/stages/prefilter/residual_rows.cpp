@@ -42,9 +42,13 @@ int32_t Damped(int32_t residual, int level) {
   return level <= 3 ? shallow : deep;
 }
 
-void LimitRow(const MarkRow& near, int32_t* __restrict residual, int32_t* __restrict codes, int count) {
+void MarkCrowds(const int32_t* __restrict codes, uint8_t* __restrict marks, int count) {
+  for (int i = 0; i < count; ++i) marks[i] = (Bits(codes[i]) & kOverLimit) != 0 ? kWide | kMiddle | kTall : 0;
+}
+
+void LimitRow(const uint8_t* __restrict near, int32_t* __restrict residual, int32_t* __restrict codes, int count) {
   for (int i = 0; i < count; ++i) {
-    const uint32_t code = Bits(codes[i]) | (near.cells()[i] != 0 ? kLimited : 0);
+    const uint32_t code = Bits(codes[i]) | (near[i] != 0 ? kLimited : 0);
     const int32_t limited = WithByte(residual[i], Limited(ResidualByte(residual[i])));
     codes[i] = Signed(code);
     residual[i] = (code & kLimited) != 0 ? limited : residual[i];
@@ -80,13 +84,11 @@ bool MarkCrowdRow(const int32_t* __restrict residual, int32_t* __restrict codes,
 void LimitRows(int32_t* residual, int32_t* codes, int rows, int count) {
   Spread spread(kCrowdSteps, count);
   const int delay = spread.delay();
-  MarkRow row = {};
   for (int i = 0; i < rows + delay; ++i) {
-    const int32_t* from = codes + i * kTileSize;
-    for (int k = 0; k < count; ++k)
-      row.cells()[k] = i < rows && (Bits(from[k]) & kOverLimit) != 0 ? kWide | kMiddle | kTall : 0;
-    spread.Pass(row);
-    if (i >= delay) LimitRow(row, residual + (i - delay) * kTileSize, codes + (i - delay) * kTileSize, count);
+    MarkRow& next = spread.Next();
+    if (i < rows) MarkCrowds(codes + i * kTileSize, next.cells(), count);
+    const MarkRow& row = spread.Pass();
+    if (i >= delay) LimitRow(row.cells(), residual + (i - delay) * kTileSize, codes + (i - delay) * kTileSize, count);
   }
 }
 

@@ -20,6 +20,7 @@ struct SpreadStep {
 // The marks of a row, with cells on either side that stay zero.
 struct MarkRow {
   static constexpr int kMargin = 4;
+  static constexpr int kPiece = 32;  // cells that are worked at once, without a remainder: the last piece may hang over
   uint8_t* cells() { return bytes + kMargin; }
   const uint8_t* cells() const { return bytes + kMargin; }
   uint8_t bytes[kMargin + kTileSize + kMargin];
@@ -38,38 +39,46 @@ class Spread {
     return rows;
   }
 
-  // Changes the row to the spread one of `delay()` rows before; the rows before the first count as unmarked.
-  void Pass(MarkRow& row) {
-    for (int s = 0; s < kSteps; ++s) Along(steps_[s], row);
-    for (int s = 0; s < kSteps; ++s) Down(steps_[s], past_[s], row);
+  // The row to be marked next: zero.
+  MarkRow& Next() { return row_ = {}; }
+
+  // Spreads it, and gives the spread one of `delay()` rows before. Those before the first are unmarked.
+  const MarkRow& Pass() {
+    for (int s = 0; s < kSteps; ++s) {
+      if (steps_[s].along == 0) continue;
+      const MarkRow from = row_;
+      for (int i = 0; i < count_; i += MarkRow::kPiece) Along(steps_[s], from.cells() + i, row_.cells() + i);
+    }
+    for (int s = 0; s < kSteps; ++s) {
+      const int reach = steps_[s].reach;
+      MarkRow& oldest = past_[s][time_ & (2 * reach - 1)];
+      const MarkRow& middle = past_[s][(time_ + reach) & (2 * reach - 1)];
+      for (int i = 0; i < count_; i += MarkRow::kPiece)
+        Down(steps_[s].down, oldest.cells() + i, middle.cells() + i, row_.cells() + i);
+    }
     ++time_;
+    return row_;
   }
 
  private:
-  static constexpr int kPast = 2 * MarkRow::kMargin;
-
-  void Along(const SpreadStep& step, MarkRow& row) {
-    if (step.along == 0) return;
-    const MarkRow from = row;
-    const uint8_t *left = from.cells() - step.reach, *middle = from.cells(), *right = from.cells() + step.reach;
-    for (int i = 0; i < count_; ++i)
-      row.cells()[i] = static_cast<uint8_t>(middle[i] | ((left[i] | right[i]) & step.along));
+  static void Along(const SpreadStep& step, const uint8_t* __restrict from, uint8_t* __restrict to) {
+    for (int k = 0; k < MarkRow::kPiece; ++k)
+      to[k] = static_cast<uint8_t>(from[k] | ((from[k - step.reach] | from[k + step.reach]) & step.along));
   }
 
-  // `past` are the rows that came last, twice as many as the reach, in turn.
-  void Down(const SpreadStep& step, MarkRow (&past)[kPast], MarkRow& row) {
-    MarkRow& oldest = past[time_ & (2 * step.reach - 1)];
-    const uint8_t* middle = past[(time_ + step.reach) & (2 * step.reach - 1)].cells();
-    for (int i = 0; i < count_; ++i) {
-      const uint8_t latest = row.cells()[i];
-      row.cells()[i] = static_cast<uint8_t>(middle[i] | ((oldest.cells()[i] | latest) & step.down));
-      oldest.cells()[i] = latest;
+  static void Down(uint8_t down, uint8_t* __restrict oldest, const uint8_t* __restrict middle,
+                   uint8_t* __restrict latest) {
+    for (int k = 0; k < MarkRow::kPiece; ++k) {
+      const uint8_t before = oldest[k];
+      oldest[k] = latest[k];
+      latest[k] = static_cast<uint8_t>(middle[k] | ((before | latest[k]) & down));
     }
   }
 
   const SpreadStep (&steps_)[kSteps];
   int count_, time_ = 0;
-  MarkRow past_[kSteps][kPast] = {};
+  MarkRow row_ = {};
+  MarkRow past_[kSteps][2 * MarkRow::kMargin] = {};  // of a step, the latest rows, twice as many as it reaches, in turn
 };
 
 }  // namespace kelvo::KELVO_TARGET
