@@ -58,20 +58,20 @@ void MeasurePair(const int32_t* __restrict upper, RowSums& lines, RowPair& pair,
   }
 }
 
-// Within a row and across it: between a column, from one before the first on, and the one to the right of it.
-struct ColumnPairs {
-  RowSums upright;          // the vertical lines of both
-  RowSums rising, falling;  // the lines that pass between the two cells of the row
+// Across a row, from the column before the first on.
+struct ColumnSums {
+  RowSums upright;          // the vertical line of the column
+  RowSums rising, falling;  // the lines that pass between the column's cell and the one to the right of it
 };
 
-void MeasureColumns(const int32_t* __restrict middle, ColumnPairs& pairs, int count) {
+void MeasureColumns(const int32_t* __restrict middle, ColumnSums& sums, int count) {
   const int32_t* __restrict upper = middle - kTileSize, * __restrict lower = middle + kTileSize;
-  for (int i = 0; i <= count; ++i) {
+  for (int i = 0; i < count + 2; ++i) {
     const uint32_t nw = Bits(upper[i - 1]), n = Bits(upper[i]), w = Bits(middle[i - 1]), e = Bits(middle[i]);
     const uint32_t sw = Bits(lower[i - 1]), s = Bits(lower[i]), between = Average(w, e);
-    pairs.upright[i] = Line(nw, w, sw) + Line(n, e, s);
-    pairs.rising[i] = Line(sw, between, n);
-    pairs.falling[i] = Line(s, between, nw);
+    sums.upright[i] = Line(nw, w, sw);
+    sums.rising[i] = Line(sw, between, n);
+    sums.falling[i] = Line(s, between, nw);
   }
 }
 
@@ -105,7 +105,7 @@ uint32_t ClassOf(const int32_t (&rough)[8]) {
 }
 
 void ClassifyRow(const int32_t* __restrict middle, const RowPair& above, const RowPair& below,
-                 const ColumnPairs& across, int32_t* __restrict codes, int count) {
+                 const ColumnSums& across, int32_t* __restrict codes, int count) {
   const int32_t* __restrict upper = middle - kTileSize, * __restrict lower = middle + kTileSize;
   for (int i = 0; i < count; ++i) {
     const uint32_t c = Bits(middle[i]);
@@ -115,7 +115,7 @@ void ClassifyRow(const int32_t* __restrict middle, const RowPair& above, const R
                               Between(above.rising[i] + below.rising[i]),
                               Diagonal(above.rising_steps[i] + below.rising_steps[i], rising_bend),
                               Between(across.rising[i] + across.rising[i + 1]),
-                              Signed(across.upright[i] + across.upright[i + 1]) >> 3,
+                              Signed(across.upright[i] + 2 * across.upright[i + 1] + across.upright[i + 2]) >> 3,
                               Between(across.falling[i] + across.falling[i + 1]),
                               Diagonal(above.falling_steps[i] + below.falling_steps[i], falling_bend),
                               Between(above.falling[i] + below.falling[i])};
@@ -164,7 +164,7 @@ void MarkFlat(const uint8_t* __restrict marks, int32_t* __restrict codes, int co
 void MeasureRows(const int32_t* smoothed, int32_t* codes, int rows, int count) {
   RowSums lines;
   RowPair pairs[2];
-  ColumnPairs across;
+  ColumnSums across;
   const int32_t* first = smoothed - kTileSize;
   for (int i = 0; i < count; ++i) lines[i] = Line(Bits(first[i - 1]), Bits(first[i]), Bits(first[i + 1]));
   MeasurePair(first, lines, pairs[0], count);
