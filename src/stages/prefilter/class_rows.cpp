@@ -1,8 +1,6 @@
 // Loops without branches, which the compiler turns into the vectors of the level that it compiles for.
 #include "stages/prefilter/class_rows.h"
 
-#include <initializer_list>
-
 #include "stages/fixed_point.h"
 #include "stages/prefilter/classify.h"
 #include "stages/prefilter/spread.h"
@@ -104,8 +102,8 @@ uint32_t ClassOf(const int32_t (&rough)[8]) {
          Bits(score > 31 ? 31 : score) << kScoreShift;
 }
 
-void ClassifyRow(const int32_t* __restrict middle, const RowPair& above, const RowPair& below,
-                 const ColumnSums& across, int32_t* __restrict codes, int count) {
+void ClassifyRow(const int32_t* __restrict middle, const RowPair& above, const RowPair& below, const ColumnSums& across,
+                 int32_t* __restrict codes, int count) {
   const int32_t* __restrict upper = middle - kTileSize, * __restrict lower = middle + kTileSize;
   for (int i = 0; i < count; ++i) {
     const uint32_t c = Bits(middle[i]);
@@ -177,18 +175,18 @@ void MeasureRows(const int32_t* smoothed, int32_t* codes, int rows, int count) {
 }
 
 void MarkEdgeRow(const int32_t* above, int32_t* codes, const int32_t* below, int count) {
-  uint32_t beside[kTileSize + 2], over[kTileSize + 2];  // what is shed in the row, and above and below it
-  beside[0] = over[0] = beside[count + 1] = over[count + 1] = 0;
+  static constexpr int32_t kNone[kTileSize] = {};
+  const int32_t* __restrict over = above != nullptr ? above : kNone;
+  const int32_t* __restrict under = below != nullptr ? below : kNone;
+  uint32_t beside[kTileSize + 2], across[kTileSize + 2];  // what is shed in the row, and above and below it
+  beside[0] = across[0] = beside[count + 1] = across[count + 1] = 0;
   for (int i = 0; i < count; ++i) {
     beside[i + 1] = ShedFlag(Bits(codes[i]));
-    over[i + 1] = 0;
+    across[i + 1] = ShedFlag(Bits(over[i])) | ShedFlag(Bits(under[i]));
   }
-  for (const int32_t* row : {above, below})
-    if (row != nullptr)
-      for (int i = 0; i < count; ++i) over[i + 1] |= ShedFlag(Bits(row[i]));
   for (int i = 0; i < count; ++i)
-    codes[i] = Signed(Bits(codes[i]) | OwnFlag(Bits(codes[i])) | beside[i] | beside[i + 2] | over[i] | over[i + 1] |
-                      over[i + 2]);
+    codes[i] = Signed(Bits(codes[i]) | OwnFlag(Bits(codes[i])) | beside[i] | beside[i + 2] | across[i] | across[i + 1] |
+                      across[i + 2]);
 }
 
 void MarkRingingRows(int32_t* codes, int rows, int count) {
