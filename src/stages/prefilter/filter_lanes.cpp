@@ -12,22 +12,35 @@ namespace {
 
 using namespace class_code;
 
-using Bits64 = uint64_t __attribute__((vector_size(kVectorBytes)));
+// Of eight cells at most: the more cells, the more filters, and the more loads that straddle two lines of the cache.
+constexpr int kBytes = kVectorBytes < 32 ? kVectorBytes : 32;
+constexpr int kCells = kBytes / 4;
+using Cells = uint32_t __attribute__((vector_size(kBytes)));
+using SignedCells = int32_t __attribute__((vector_size(kBytes)));
+using Bits64 = uint64_t __attribute__((vector_size(kBytes)));
+
+Cells LoadCells(const int32_t* cells) {
+  Cells v;
+  std::memcpy(&v, cells, sizeof v);
+  return v;
+}
+void StoreCells(int32_t* cells, Cells v) {
+  std::memcpy(cells, &v, sizeof v);
+}
 
 constexpr uint32_t kKind = kRowMask << kRowShift | kDirectional;  // row, and whether the direction counts
 constexpr uint64_t kUnchanged = uint64_t{1} << kDirections;       // the filter of row 0
 
 // The numbers of the filters of a vector of cells, each as a bit.
 uint64_t FiltersOf(const int32_t* codes) {
-  const Vector code = Load(codes);
-  const Vector row = code >> kRowShift & kRowMask;
-  const Vector directional = Equal(code & kDirectional, All(kDirectional));
-  const Vector number = row * (kDirections + 1) + Select(directional, code & kDirectionMask, All(kDirections));
-  const auto pairs = reinterpret_cast<Bits64>(number);
+  const Cells code = LoadCells(codes);
+  const Cells row = code >> kRowShift & kRowMask;
+  const Cells direction = (code & kDirectional) == kDirectional ? code & kDirectionMask : Cells{} + kDirections;
+  const auto pairs = reinterpret_cast<Bits64>(row * (kDirections + 1) + direction);
   const Bits64 one = Bits64{} + 1;
   const Bits64 bits = one << (pairs & 0xFFFFFFFFu) | one << (pairs >> 32);
   uint64_t present = 0;
-  for (int i = 0; i < kLanes / 2; ++i) present |= bits[i];
+  for (int i = 0; i < kCells / 2; ++i) present |= bits[i];
   return present;
 }
 
@@ -36,8 +49,10 @@ constexpr int Least(int a, int b) {
 }
 
 struct VectorCells {
-  static Vector At(const int32_t* cells) { return Load(cells); }
-  static Vector Shifted(Vector v, int shift) { return ShiftRightArithmetic(v, shift); }
+  static Cells At(const int32_t* cells) { return LoadCells(cells); }
+  static Cells Shifted(Cells v, int shift) {
+    return reinterpret_cast<Cells>(reinterpret_cast<SignedCells>(v) >> shift);
+  }
 };
 
 template <int kNumber>
@@ -50,9 +65,10 @@ struct VectorWork {
 
   static void Apply(const FilterPlanes& planes, const uint16_t* places, int count) {
     for (int i = 0; i < count; ++i) {
-      const Vector chosen = Equal(Load(planes.codes + places[i]) & kMask, All(kWanted));
+      const Cells code = LoadCells(planes.codes + places[i]);
+      const Cells filtered = Filtered<VectorCells, kNumber>(planes.display + places[i]);
       int32_t* to = planes.staged + places[i];
-      Store(to, Select(chosen, Filtered<VectorCells, kNumber>(planes.display + places[i]), Load(to)));
+      StoreCells(to, (code & kMask) == kWanted ? filtered : LoadCells(to));
     }
   }
 };
@@ -63,13 +79,13 @@ constexpr FilterWorks kWorks = MakeWorks<VectorWork>();
 
 void FilterRows(const FilterPlanes& planes, int rows, int columns) {
   FilterQueues queues(planes, kWorks);
-  const auto first_of = [columns](int vector) { return Least(vector * kLanes, columns - kLanes); };
-  const int vectors = (columns + kLanes - 1) / kLanes;
+  const auto first_of = [columns](int vector) { return Least(vector * kCells, columns - kCells); };
+  const int vectors = (columns + kCells - 1) / kCells;
   for (int row = 0; row < rows; ++row) {
-    uint64_t filters[kTileSize / kLanes];  // for the whole row before any is queued: the two would wait for each other
+    uint64_t filters[kTileSize / kCells];  // for the whole row before any is queued: the two would wait for each other
     for (int i = 0; i < vectors; ++i) {
       const int place = row * kTileSize + first_of(i);
-      Store(planes.staged + place, Load(planes.display + place));
+      StoreCells(planes.staged + place, LoadCells(planes.display + place));
       filters[i] = FiltersOf(planes.codes + place) & ~kUnchanged;
     }
     for (int i = 0; i < vectors; ++i)
