@@ -205,8 +205,7 @@ void ChooseFilterRow(const DetailThresholds& thresholds, int32_t* __restrict cod
   const int last_directional = thresholds.last_directional;
   for (int i = 0; i < count; ++i) {
     const uint32_t code = Bits(codes[i]) & ~(kRowMask << kRowShift | kDirectional);
-    const int32_t contrast = Signed(code >> kContrastShift & kContrastMask);
-    const int32_t threshold = limits[(code >> 13 & 7) | (code >> 20 & 56)];
+    const int32_t contrast = Signed(Contrast(code)), threshold = limits[(code >> 13 & 7) | (code >> 20 & 56)];
     int row = 0;
     for (int halving = 0; halving < 5; ++halving) row += contrast <= threshold >> halving ? 1 : 0;
     const uint32_t directional = row >= 1 && row <= last_directional ? kDirectional : 0;
