@@ -13,7 +13,7 @@
 namespace kelvo::KELVO_TARGET {
 
 struct SpreadStep {
-  int reach;
+  int reach;            // 1, 2 or 4
   uint8_t along, down;  // the bits that the step spreads within rows and across them
 };
 
