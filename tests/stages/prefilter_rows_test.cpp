@@ -134,7 +134,7 @@ struct Residuals {
 
 // A residual beyond 32 is halved until it is within, three times at most.
 int32_t LiterallyLimited(int32_t cell) {
-  int32_t residual = static_cast<int8_t>(cell);
+  int32_t residual = ResidualByte(cell);
   for (int i = 0; i < 3 && (residual > 32 || residual < -32); ++i) residual >>= 1;
   return Signed((Bits(cell) & ~255u) | (Bits(residual) & 255u));
 }

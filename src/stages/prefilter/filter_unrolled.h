@@ -36,6 +36,7 @@ auto SumOfCells(const int32_t* at, std::index_sequence<kCell...> /*cells*/) {
 
 template <class Cells, int kNumber, size_t... kSum>
 auto SumOfParts(const int32_t* at, std::index_sequence<kSum...> /*sums*/) {
+  static_assert(((kPart<kNumber, kSum>.shift >= 0) && ...));
   return (Cells::Shifted(SumOfCells<Cells, kNumber, CellsBefore(kFilter<kNumber>, kSum)>(
                              at, std::make_index_sequence<static_cast<size_t>(kPart<kNumber, kSum>.count)>()),
                          kPart<kNumber, kSum>.shift) +
