@@ -161,7 +161,7 @@ void MarkFlat(const uint8_t* __restrict marks, int32_t* __restrict codes, int co
 
 void MeasureRows(const int32_t* smoothed, int32_t* codes, int rows, int count) {
   RowSums lines;
-  RowPair pairs[2];
+  RowPair pairs[2];  // the one above a row and the one below it, by turns
   ColumnSums across;
   const int32_t* first = smoothed - kTileSize;
   for (int i = 0; i < count; ++i) lines[i] = Line(Bits(first[i - 1]), Bits(first[i]), Bits(first[i + 1]));
