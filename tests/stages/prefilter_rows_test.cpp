@@ -1,6 +1,7 @@
 #include <doctest/doctest.h>
 
 #include "stages/fixed_point.h"
+#include "stages/prefilter/class_rows.h"
 #include "stages/prefilter/classify.h"
 #include "stages/prefilter/filter_rows.h"
 #include "stages/prefilter/filters.h"
@@ -73,6 +74,39 @@ TEST_CASE("pre-filter over many rows: every level filters each cell by its code,
         CHECK(staged == expected);
       }
     }
+}
+
+// The row counts how often the threshold, halved again and again, still reaches the contrast.
+int32_t LiterallyChosen(const DetailThresholds& thresholds, int32_t cell) {
+  const uint32_t code = Bits(cell) & ~(kRowMask << kRowShift | kDirectional);
+  const int32_t threshold = thresholds.of[(code >> 13 & 7) | (code >> 23 & 7) << 3];
+  uint32_t row = 0;
+  while (row < 5 && Signed(code >> kContrastShift & kContrastMask) <= threshold >> row) ++row;
+  const bool directional = row >= 1 && Signed(row) <= thresholds.last_directional;
+  return Signed(code | row << kRowShift | (directional ? kDirectional : 0));
+}
+
+TEST_CASE("pre-filter over many rows: every level chooses the same filters, with ringing and without") {
+  for (const uint32_t ringing : {0u, kRinging2, kRinging1 | kRinging2 | kRinging3})
+    for (const int last_directional : {3, 4})
+      for (const int count : {16, 17, 142, 206}) {
+        DetailThresholds thresholds{{}, last_directional};
+        for (uint32_t i = 0; i < 64; ++i) thresholds.of[i] = i % 9 == 0 ? -1 : Signed(Mix(i) % 8192);
+        const uint32_t fixed = ~(kRinging1 | kRinging2 | kRinging3) | ringing;
+        const Plane codes = MakePlane([fixed](uint32_t i) { return Signed(Mix(i) & fixed); });
+        Plane expected = codes;
+        for (int i = 20; i < 20 + count; ++i) {
+          int32_t& cell = expected[static_cast<size_t>(i)];
+          cell = LiterallyChosen(thresholds, cell);
+        }
+        for (const Level level : RunnableLevels()) {
+          CAPTURE(count);
+          CAPTURE(std::string(NameOf(level)));
+          Plane chosen = codes;
+          RoutinesOf(level).choose_filter_row(thresholds, &chosen[20], count);
+          CHECK(chosen == expected);
+        }
+      }
 }
 
 // Cells 1 in `rarity` mark; 1: all of them.

@@ -200,17 +200,4 @@ void MarkRingingRows(int32_t* codes, int rows, int count) {
   }
 }
 
-void ChooseFilterRow(const DetailThresholds& thresholds, int32_t* __restrict codes, int count) {
-  const int32_t* __restrict limits = thresholds.of;
-  const int last_directional = thresholds.last_directional;
-  for (int i = 0; i < count; ++i) {
-    const uint32_t code = Bits(codes[i]) & ~(kRowMask << kRowShift | kDirectional);
-    const int32_t contrast = Signed(Contrast(code)), threshold = limits[(code >> 13 & 7) | (code >> 20 & 56)];
-    int row = 0;
-    for (int halving = 0; halving < 5; ++halving) row += contrast <= threshold >> halving ? 1 : 0;
-    const uint32_t directional = row >= 1 && row <= last_directional ? kDirectional : 0;
-    codes[i] = Signed(code | Bits(row) << kRowShift | directional);
-  }
-}
-
 }  // namespace kelvo::KELVO_TARGET

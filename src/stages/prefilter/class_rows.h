@@ -27,7 +27,7 @@ void MarkEdgeRow(const int32_t* above, int32_t* codes, const int32_t* below, int
 // Adds the ringing flags of `rows` rows of a plane, which contrasts in them shed.
 void MarkRingingRows(int32_t* codes, int rows, int count);
 
-// Filter row and directional flag, by contrast and flags.
+// Filter row and directional flag of at least 16 cells, by contrast and flags.
 void ChooseFilterRow(const DetailThresholds& thresholds, int32_t* codes, int count);
 
 }  // namespace KELVO_TARGET
