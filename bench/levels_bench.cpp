@@ -30,6 +30,7 @@ struct Case {
   std::string what;
   int width, direction, accuracy;
   std::function<void(Subject&, const Routines&)> run;
+  const char* tile = "soft";
 };
 
 struct Result {
@@ -44,7 +45,7 @@ double ProcessorMilliseconds() {
 }
 
 Result Measure(const Case& measured, int repeats) {
-  Subject subject(measured.width, measured.direction);
+  Subject subject(measured.width, measured.direction, measured.tile);
   if (measured.accuracy != kNone) subject.bench.params.Accuracy = measured.accuracy;
   subject.bench.params.ImageWidth = subject.bench.params.ImageHeight = 1000;
   const std::vector<Level> levels = test::RunnableLevels();
@@ -66,19 +67,39 @@ std::function<void(Subject&, const Routines&)> Calls(Operation operation, uint32
 }
 
 template <class Stage>
-Case StageCase(const char* what, int width, Stage stage) {
-  return {what, width, 0, kNone, [stage](Subject& s, const Routines& routines) {
+Case StageCase(const char* what, int width, Stage stage, const char* tile = "soft") {
+  return {what,
+          width,
+          0,
+          kNone,
+          [stage](Subject& s, const Routines& routines) {
             stage(Tile(s.bench.params, s.bench.heap(), routines), MemberOf(BlurWidth(s.bench.params)));
-          }};
+          },
+          tile};
 }
 
-void AddStages(std::vector<Case>& cases) {
-  for (const int width : {1, 5, 8, 12, 20}) {
-    cases.push_back(StageCase("pre-filter", width, [](const Tile& tile, const RoundMember& member) {
+// Noise is where neighbouring cells want different filters; strong JPEG adds ringing and the damping of its blocks.
+void AddPrefilters(std::vector<Case>& cases) {
+  const auto prefilter = [](int noise, int jpeg) {
+    return [noise, jpeg](const Tile& tile, const RoundMember& member) {
+      tile.params().RemoveNoise = noise;
+      tile.params().JPGCompression = jpeg;
       SetUpSchedule(tile.params());
       ClearPrefilterPlanes(tile);
       Prefilter(tile, member.margin, member.extra_margin);
-    }));
+    };
+  };
+  for (const int width : {1, 5, 8, 12, 20}) cases.push_back(StageCase("pre-filter", width, prefilter(0, 0)));
+  for (const int width : {1, 5}) {
+    cases.push_back(StageCase("pre-filter, noise", width, prefilter(2, 0), "noise"));
+    cases.push_back(StageCase("pre-filter, strong JPEG", width, prefilter(0, 20)));
+    cases.push_back(StageCase("pre-filter, noise, strong JPEG", width, prefilter(2, 20), "noise"));
+  }
+}
+
+void AddStages(std::vector<Case>& cases) {
+  AddPrefilters(cases);
+  for (const int width : {1, 5, 8, 12, 20}) {
     cases.push_back(StageCase("blur", width, BlurEstimate));
     cases.push_back(StageCase("floor", width, FindFloor));
   }

@@ -16,10 +16,11 @@ inline double Milliseconds(Clock::duration time) {
   return std::chrono::duration<double, std::milli>(time).count();
 }
 
-// A tile like a photograph blurred by the width, and a block with the blur set. `direction` 1..359, 0 for round blur.
+// A tile like a photograph blurred by the width, or one of another kind (support/tiles.h), and a block with the blur
+// set. `direction` 1..359, 0 for round blur.
 struct Subject {
-  explicit Subject(int width, int direction = 0) {
-    bench.Fill("soft", {width, (width + 3) / 4});
+  explicit Subject(int width, int direction = 0, const char* kind = "soft") {
+    bench.Fill(kind, {width, (width + 3) / 4});
     tile.assign(bench.heap(), bench.heap() + 65536);
     bench.params.BlurSpec = static_cast<uint32_t>(width) | static_cast<uint32_t>(direction) << 8;
   }

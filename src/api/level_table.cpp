@@ -5,6 +5,8 @@
 #include "round/pair_sweep.h"
 #include "stages/fit_rows.h"
 #include "stages/prefilter/class_rows.h"
+#include "stages/prefilter/filter_rows.h"
+#include "stages/prefilter/residual_rows.h"
 #include "stages/step_rows.h"
 #include "stages/tone.h"
 
@@ -17,11 +19,15 @@ const Routines kRoutines = {.stencil_row = StencilRow,
                             .display_row = DisplayRow,
                             .linear_between_row = LinearBetweenRow,
                             .display_between_row = DisplayBetweenRow,
-                            .measure_row = MeasureRow,
+                            .measure_rows = MeasureRows,
                             .mark_edge_row = MarkEdgeRow,
+                            .mark_ringing_rows = MarkRingingRows,
                             .choose_filter_row = ChooseFilterRow,
+                            .filter_rows = FilterRows,
                             .split_row = SplitRow,
                             .mark_crowd_row = MarkCrowdRow,
+                            .limit_rows = LimitRows,
+                            .damp_block_row = DampBlockRow,
                             .decode_row = DecodeRow,
                             .add_row = AddRow,
                             .reset_row = ResetRow,

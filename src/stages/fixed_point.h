@@ -27,8 +27,8 @@ constexpr int32_t WrapSub(int32_t a, int32_t b) {
 
 // Magnitude of a wrapped difference: 2^31 for the most negative value.
 constexpr uint32_t Magnitude(uint32_t bits) {
-  const uint32_t sign = Bits(Signed(bits) >> 31);
-  return (bits ^ sign) - sign;
+  const int64_t value = Signed(bits);  // 64 bits, where compilers see the instruction for it
+  return static_cast<uint32_t>(value < 0 ? -value : value);
 }
 
 // Arithmetic shift of a value held in unsigned bits.

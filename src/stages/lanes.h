@@ -207,6 +207,19 @@ inline Vector Gather(const int32_t* table, Vector index) {
 #endif
 }
 
+// The same from a table of eight cells, for indices 0..7.
+inline Vector GatherFrom8(const int32_t* table, Vector index) {
+#if defined(__AVX512F__)
+  const __m512i cells = _mm512_castsi256_si512(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(table)));
+  return reinterpret_cast<Vector>(_mm512_permutexvar_epi32(reinterpret_cast<__m512i>(index), cells));
+#elif defined(__AVX2__)
+  const __m256i cells = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(table));
+  return reinterpret_cast<Vector>(_mm256_permutevar8x32_epi32(cells, reinterpret_cast<__m256i>(index)));
+#else
+  return Gather(table, index);
+#endif
+}
+
 inline FloatVector GatherFloats(const float* table, Vector index) {
 #if defined(__AVX512F__)
   return reinterpret_cast<FloatVector>(_mm512_i32gather_ps(reinterpret_cast<__m512i>(index), table, 4));

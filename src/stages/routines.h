@@ -17,6 +17,7 @@ namespace kelvo {
 
 struct Compass;
 struct DetailThresholds;
+struct FilterPlanes;
 struct FitPace;
 struct PairMoves;
 struct StepSweep;
@@ -39,11 +40,19 @@ struct Routines {
   void (*display_between_row)(const int16_t* table, const int32_t* from, int32_t* to, int count);
 
   // The pre-filter's rows (stages/prefilter/class_rows.h).
-  void (*measure_row)(const int32_t* smoothed, int32_t* codes, int count);
+  void (*measure_rows)(const int32_t* smoothed, int32_t* codes, int rows, int count);
   void (*mark_edge_row)(const int32_t* above, int32_t* codes, const int32_t* below, int count);
+  void (*mark_ringing_rows)(int32_t* codes, int rows, int count);
   void (*choose_filter_row)(const DetailThresholds& thresholds, int32_t* codes, int count);
+
+  // Filters the cells by their class codes (stages/prefilter/filter_rows.h).
+  void (*filter_rows)(const FilterPlanes& planes, int rows, int columns);
+
+  // The rows of residuals (stages/prefilter/residual_rows.h).
   void (*split_row)(const int32_t* display, const int32_t* staged, int32_t* residual, int count);
   bool (*mark_crowd_row)(const int32_t* residual, int32_t* codes, int count);
+  void (*limit_rows)(int32_t* residual, int32_t* codes, int rows, int count);
+  void (*damp_block_row)(const int32_t* column_levels, int row_level, int32_t* residual, int count);
 
   // Coded steps and moves (stages/step_rows.h).
   void (*decode_row)(const StepScale& scale, const int32_t* codes, int32_t* steps, int count);

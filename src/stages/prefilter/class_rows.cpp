@@ -1,11 +1,9 @@
 // Loops without branches, which the compiler turns into the vectors of the level that it compiles for.
 #include "stages/prefilter/class_rows.h"
 
-#include <initializer_list>
-
 #include "stages/fixed_point.h"
 #include "stages/prefilter/classify.h"
-#include "stages/prefilter/residual.h"
+#include "stages/prefilter/spread.h"
 #include "stages/tile.h"
 
 namespace kelvo::KELVO_TARGET {
@@ -13,18 +11,17 @@ namespace {
 
 using namespace class_code;
 
-// Roughness of a cell's 3 x 3 neighbourhood along eight directions.
+// The roughness of a cell's 3 x 3 neighbourhood along eight directions is made of lines of three samples, each of which
+// serves several cells; so they are measured once per cell, for a row or for a pair of rows.
 uint32_t Difference(uint32_t a, uint32_t b) {
   return Magnitude(a - b);
-}
-uint32_t Bend(uint32_t a, uint32_t b, uint32_t c) {
-  return Magnitude(a - 2 * b + c);
 }
 uint32_t Average(uint32_t a, uint32_t b) {
   return ShiftRight(a + b, 1);
 }
-
-// Roughness of three samples on a line.
+uint32_t Bend(uint32_t a, uint32_t b, uint32_t c) {
+  return Magnitude((a - b) - (b - c));
+}
 uint32_t Line(uint32_t a, uint32_t b, uint32_t c) {
   return Difference(a, b) + Difference(b, c) + 2 * Bend(a, b, c);
 }
@@ -34,59 +31,94 @@ int32_t LessPart(uint32_t sum, int sum_shift, int part_shift) {
   return WrapSub(value, value >> part_shift);
 }
 
-struct Block {
-  uint32_t nw, n, ne, w, c, e, sw, s, se;
+using RowSums = uint32_t[kTileSize];
+
+// Between a row and the one below it. Rising is from the lower left to the upper right.
+struct RowPair {
+  RowSums level;                        // the horizontal lines of both
+  RowSums rising, falling;              // the line from a side cell to a corner, which passes between two middle cells
+  RowSums rising_steps, falling_steps;  // the diagonal differences left and right of the column's middle
 };
 
-Block Load(const int32_t* cell) {
-  const int32_t *up = cell - kTileSize, *down = cell + kTileSize;
-  return {Bits(up[-1]),  Bits(up[0]),    Bits(up[1]),   Bits(cell[-1]), Bits(cell[0]),
-          Bits(cell[1]), Bits(down[-1]), Bits(down[0]), Bits(down[1])};
+// `lines` are the horizontal lines of the upper row, and become those of the lower one.
+void MeasurePair(const int32_t* __restrict upper, RowSums& lines, RowPair& pair, int count) {
+  const int32_t* __restrict lower = upper + kTileSize;
+  for (int i = 0; i < count; ++i) {
+    const uint32_t nw = Bits(upper[i - 1]), n = Bits(upper[i]), ne = Bits(upper[i + 1]);
+    const uint32_t sw = Bits(lower[i - 1]), s = Bits(lower[i]), se = Bits(lower[i + 1]);
+    const uint32_t line = Line(sw, s, se), middle = Average(n, s);
+    pair.level[i] = lines[i] + line;
+    lines[i] = line;
+    pair.rising[i] = Line(sw, middle, ne);
+    pair.falling[i] = Line(nw, middle, se);
+    pair.rising_steps[i] = Difference(sw, n) + Difference(s, ne);
+    pair.falling_steps[i] = Difference(nw, s) + Difference(n, se);
+  }
 }
 
-// A diagonal through the middle cell `c`: its own line with the bend weighed 4, and the two pairs of side cells
-// parallel to it, by their differences; three quarters.
-int32_t Diagonal(uint32_t from, uint32_t c, uint32_t to, uint32_t side1, uint32_t side2) {
-  const uint32_t line = Difference(from, c) + Difference(c, to) + 4 * Bend(from, c, to);
-  return LessPart(line + side1 + side2, 2, 2);
-}
-
-// A direction between an axis and a diagonal: two lines from a side cell to a corner, which pass exactly between two
-// cells in the middle; fifteen sixteenths.
-int32_t Between(uint32_t line1, uint32_t line2) {
-  return LessPart(line1 + line2, 2, 4);
-}
-
-struct Roughness {
-  int direction;   // 0..7, 22.5 degrees apart, counter-clockwise from the row direction: where the tile is least rough
-                   // against the direction at right angles; ties go to the lower number
-  int32_t along;   // roughness along it, display values
-  int32_t across;  // roughness at right angles to it
+// Across a row, from the column before the first on.
+struct ColumnSums {
+  RowSums upright;          // the vertical line of the column
+  RowSums rising, falling;  // the lines that pass between the column's cell and the one to the right of it
 };
 
-Roughness MeasureRoughness(const int32_t* cell) {
-  const Block b = Load(cell);
-  const int32_t m[8] = {
-      Signed(Line(b.nw, b.n, b.ne) + 2 * Line(b.w, b.c, b.e) + Line(b.sw, b.s, b.se)) >> 3,
-      Between(Line(b.w, Average(b.n, b.c), b.ne), Line(b.sw, Average(b.c, b.s), b.e)),
-      Diagonal(b.sw, b.c, b.ne, Difference(b.w, b.n), Difference(b.s, b.e)),
-      Between(Line(b.s, Average(b.c, b.e), b.ne), Line(b.sw, Average(b.w, b.c), b.n)),
-      Signed(Line(b.nw, b.w, b.sw) + 2 * Line(b.n, b.c, b.s) + Line(b.ne, b.e, b.se)) >> 3,
-      Between(Line(b.s, Average(b.w, b.c), b.nw), Line(b.se, Average(b.c, b.e), b.n)),
-      Diagonal(b.nw, b.c, b.se, Difference(b.n, b.e), Difference(b.w, b.s)),
-      Between(Line(b.w, Average(b.c, b.s), b.se), Line(b.nw, Average(b.n, b.c), b.e)),
-  };
-  Roughness rough{0, m[0], m[4]};
-  int32_t best = 0;
+void MeasureColumns(const int32_t* __restrict middle, ColumnSums& sums, int count) {
+  const int32_t* __restrict upper = middle - kTileSize, * __restrict lower = middle + kTileSize;
+  for (int i = 0; i < count + 2; ++i) {
+    const uint32_t nw = Bits(upper[i - 1]), n = Bits(upper[i]), w = Bits(middle[i - 1]), e = Bits(middle[i]);
+    const uint32_t sw = Bits(lower[i - 1]), s = Bits(lower[i]), between = Average(w, e);
+    sums.upright[i] = Line(nw, w, sw);
+    sums.rising[i] = Line(sw, between, n);
+    sums.falling[i] = Line(s, between, nw);
+  }
+}
+
+// A diagonal through the middle cell: its own line with the bend weighed 4, and the two differences parallel to it;
+// three quarters.
+int32_t Diagonal(uint32_t steps, uint32_t bend) {
+  return LessPart(steps + 4 * bend, 2, 2);
+}
+
+// A direction between an axis and a diagonal: fifteen sixteenths of two lines.
+int32_t Between(uint32_t lines) {
+  return LessPart(lines, 2, 4);
+}
+
+// Direction 0..7, 22.5 degrees apart, counter-clockwise from the row direction: where the tile is least rough against
+// the direction at right angles; ties go to the lower number. The gain is how much: no sum of 32 bits shifted as above
+// lets it overflow.
+uint32_t ClassOf(const int32_t (&rough)[8]) {
+  int direction = 0;
+  int32_t along = rough[0], best = 0;
   for (int k = 0; k < 8; ++k) {
-    const int32_t gain = WrapSub(m[(k + 4) & 7], m[k]);
+    const int32_t gain = rough[(k + 4) & 7] - rough[k];
     const bool better = gain > best;
     best = better ? gain : best;
-    rough.direction = better ? k : rough.direction;
-    rough.along = better ? m[k] : rough.along;
-    rough.across = better ? m[(k + 4) & 7] : rough.across;
+    direction = better ? k : direction;
+    along = better ? rough[k] : along;
   }
-  return rough;
+  const int32_t contrast = (along + best) >> 5, score = along >> 7;
+  return Bits(direction) | Bits(contrast > 511 ? 511 : contrast) << kContrastShift |
+         Bits(score > 31 ? 31 : score) << kScoreShift;
+}
+
+void ClassifyRow(const int32_t* __restrict middle, const RowPair& above, const RowPair& below, const ColumnSums& across,
+                 int32_t* __restrict codes, int count) {
+  const int32_t* __restrict upper = middle - kTileSize, * __restrict lower = middle + kTileSize;
+  for (int i = 0; i < count; ++i) {
+    const uint32_t c = Bits(middle[i]);
+    const uint32_t rising_bend = Bend(Bits(lower[i - 1]), c, Bits(upper[i + 1]));
+    const uint32_t falling_bend = Bend(Bits(upper[i - 1]), c, Bits(lower[i + 1]));
+    const int32_t rough[8] = {Signed(above.level[i] + below.level[i]) >> 3,
+                              Between(above.rising[i] + below.rising[i]),
+                              Diagonal(above.rising_steps[i] + below.rising_steps[i], rising_bend),
+                              Between(across.rising[i] + across.rising[i + 1]),
+                              Signed(across.upright[i] + 2 * across.upright[i + 1] + across.upright[i + 2]) >> 3,
+                              Between(across.falling[i] + across.falling[i + 1]),
+                              Diagonal(above.falling_steps[i] + below.falling_steps[i], falling_bend),
+                              Between(above.falling[i] + below.falling[i])};
+    codes[i] = Signed(ClassOf(rough));
+  }
 }
 
 // What a cell's edge score makes of it, and of the cells around it.
@@ -99,74 +131,73 @@ uint32_t ShedFlag(uint32_t code) {
   return score >= 8 ? kByEdge : score >= 4 ? kNearEdge : 0;
 }
 
-constexpr int kCrowdSum = 192;  // over a 3 x 3 block: more than 5 grey levels a cell
+// JPEG rings within 4 cells of a contrast, and more weakly within 8 of a strong one: in bits 0..2 the flags of the near
+// cells, in bits 4..6 those of the far ones.
+constexpr uint32_t kFlat = 50;  // the greatest contrast of flat ground
+constexpr SpreadStep kRingingSteps[] = {{1, 0x77, 0x77}, {1, 0x77, 0x77}, {2, 0x77, 0x77}, {4, 0x70, 0x70}};
 
-uint32_t ResidualSize(int32_t cell) {
-  return Magnitude(Bits(ResidualByte(cell)));
+uint32_t Contrast(uint32_t code) {
+  return code >> kContrastShift & kContrastMask;
+}
+
+// What the cells' contrasts do to the ground around them.
+void MarkContrasts(const int32_t* __restrict codes, uint8_t* __restrict marks, int count) {
+  for (int i = 0; i < count; ++i) {
+    const uint32_t contrast = Contrast(Bits(codes[i]));
+    const uint32_t mark = contrast >= 201 ? 0x21 : contrast >= 101 ? 0x42 : contrast > kFlat ? 0x04 : 0;
+    marks[i] = static_cast<uint8_t>(mark);
+  }
+}
+
+// Only flat cells are marked: an edge must not raise its own threshold.
+void MarkFlat(const uint8_t* __restrict marks, int32_t* __restrict codes, int count) {
+  for (int i = 0; i < count; ++i) {
+    const uint32_t code = Bits(codes[i]), mark = marks[i];
+    codes[i] = Signed(code | (Contrast(code) <= kFlat ? ((mark | mark >> 4) & 7) * kRinging1 : 0));
+  }
 }
 
 }  // namespace
 
-void MeasureRow(const int32_t* __restrict smoothed, int32_t* __restrict codes, int count) {
-  for (int i = 0; i < count; ++i) {
-    const Roughness rough = MeasureRoughness(smoothed + i);
-    const int32_t contrast = rough.across >> 5, score = rough.along >> 7;
-    codes[i] = Signed(Bits(rough.direction) | Bits(contrast > 511 ? 511 : contrast) << kContrastShift |
-                      Bits(score > 31 ? 31 : score) << kScoreShift);
+void MeasureRows(const int32_t* smoothed, int32_t* codes, int rows, int count) {
+  RowSums lines;
+  RowPair pairs[2];  // the one above a row and the one below it, by turns
+  ColumnSums across;
+  const int32_t* first = smoothed - kTileSize;
+  for (int i = 0; i < count; ++i) lines[i] = Line(Bits(first[i - 1]), Bits(first[i]), Bits(first[i + 1]));
+  MeasurePair(first, lines, pairs[0], count);
+  for (int row = 0; row < rows; ++row) {
+    const int32_t* middle = smoothed + row * kTileSize;
+    MeasurePair(middle, lines, pairs[~row & 1], count);
+    MeasureColumns(middle, across, count);
+    ClassifyRow(middle, pairs[row & 1], pairs[~row & 1], across, codes + row * kTileSize, count);
   }
 }
 
 void MarkEdgeRow(const int32_t* above, int32_t* codes, const int32_t* below, int count) {
-  uint32_t beside[kTileSize + 2], over[kTileSize + 2];  // what is shed in the row, and above and below it
-  beside[0] = over[0] = beside[count + 1] = over[count + 1] = 0;
+  static constexpr int32_t kNone[kTileSize] = {};
+  const int32_t* __restrict over = above != nullptr ? above : kNone;
+  const int32_t* __restrict under = below != nullptr ? below : kNone;
+  uint32_t beside[kTileSize + 2], across[kTileSize + 2];  // what is shed in the row, and above and below it
+  beside[0] = across[0] = beside[count + 1] = across[count + 1] = 0;
   for (int i = 0; i < count; ++i) {
     beside[i + 1] = ShedFlag(Bits(codes[i]));
-    over[i + 1] = 0;
+    across[i + 1] = ShedFlag(Bits(over[i])) | ShedFlag(Bits(under[i]));
   }
-  for (const int32_t* row : {above, below})
-    if (row != nullptr)
-      for (int i = 0; i < count; ++i) over[i + 1] |= ShedFlag(Bits(row[i]));
   for (int i = 0; i < count; ++i)
-    codes[i] = Signed(Bits(codes[i]) | OwnFlag(Bits(codes[i])) | beside[i] | beside[i + 2] | over[i] | over[i + 1] |
-                      over[i + 2]);
+    codes[i] = Signed(Bits(codes[i]) | OwnFlag(Bits(codes[i])) | beside[i] | beside[i + 2] | across[i] | across[i + 1] |
+                      across[i + 2]);
 }
 
-void ChooseFilterRow(const DetailThresholds& thresholds, int32_t* __restrict codes, int count) {
-  const int32_t* __restrict limits = thresholds.of;
-  const int last_directional = thresholds.last_directional;
-  for (int i = 0; i < count; ++i) {
-    const uint32_t code = Bits(codes[i]) & ~(kRowMask << kRowShift | kDirectional);
-    const int32_t contrast = Signed(code >> kContrastShift & kContrastMask);
-    const int32_t threshold = limits[(code >> 13 & 7) | (code >> 20 & 56)];
-    int row = 0;
-    for (int halving = 0; halving < 5; ++halving) row += contrast <= threshold >> halving ? 1 : 0;
-    const uint32_t directional = row >= 1 && row <= last_directional ? kDirectional : 0;
-    codes[i] = Signed(code | Bits(row) << kRowShift | directional);
+void MarkRingingRows(int32_t* codes, int rows, int count) {
+  Spread spread(kRingingSteps, count);
+  const int delay = spread.delay();
+  for (int i = 0; i < rows + delay; ++i) {
+    MarkRow& next = spread.Next();
+    if (i < rows) MarkContrasts(codes + i * kTileSize, next.cells(), count);
+    const MarkRow& row = spread.Pass();
+    if (i >= delay) MarkFlat(row.cells(), codes + (i - delay) * kTileSize, count);
   }
-}
-
-void SplitRow(const int32_t* __restrict display, const int32_t* __restrict staged, int32_t* __restrict residual,
-              int count) {
-  for (int i = 0; i < count; ++i) {
-    const int32_t taken = WrapAdd(WrapSub(display[i], staged[i]), 16) >> 5;
-    residual[i] = Signed(Bits(residual[i]) | (Bits(Clamp(taken, -kGreatestResidual, kGreatestResidual)) & 255u));
-  }
-}
-
-bool MarkCrowdRow(const int32_t* __restrict residual, int32_t* __restrict codes, int count) {
-  uint32_t columns[kTileSize + 2];
-  for (int i = 0; i < count + 2; ++i) {
-    const int32_t* cell = residual + i - 1;
-    columns[i] = ResidualSize(cell[-kTileSize]) + ResidualSize(cell[0]) + ResidualSize(cell[kTileSize]);
-  }
-  uint32_t any = 0;
-  for (int i = 0; i < count; ++i) {
-    // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): the loop above has filled two more than count
-    const uint32_t over = columns[i] + columns[i + 1] + columns[i + 2] > kCrowdSum ? kOverLimit : 0;
-    codes[i] = Signed(Bits(codes[i]) | over);
-    any |= Bits(codes[i]) & (kOverLimit | kLimited);
-  }
-  return any != 0;
 }
 
 }  // namespace kelvo::KELVO_TARGET

@@ -17,22 +17,18 @@ struct DetailThresholds {
 
 namespace KELVO_TARGET {
 
-// Direction, contrast and edge score of `count` cells, from the smoothed cells around each.
-void MeasureRow(const int32_t* smoothed, int32_t* codes, int count);
+// Direction, contrast and edge score of `rows` rows of `count` cells of a plane, from the smoothed cells around each.
+void MeasureRows(const int32_t* smoothed, int32_t* codes, int rows, int count);
 
 // Adds the edge flags of a row: each cell's own and what its neighbours in the row and in those above and below shed.
 // `above` and `below` may be null: then there are none.
 void MarkEdgeRow(const int32_t* above, int32_t* codes, const int32_t* below, int count);
 
-// Filter row and directional flag, by contrast and flags.
+// Adds the ringing flags of `rows` rows of a plane, which contrasts in them shed.
+void MarkRingingRows(int32_t* codes, int rows, int count);
+
+// Filter row and directional flag of at least 16 cells, by contrast and flags.
 void ChooseFilterRow(const DetailThresholds& thresholds, int32_t* codes, int count);
-
-// Adds what the filter took off, in quarters of a grey level, to the low bytes of `residual`.
-void SplitRow(const int32_t* display, const int32_t* staged, int32_t* residual, int count);
-
-// Flags the cells whose 3 x 3 block of residuals is a crowd; `residual` lies in its plane. Returns whether a
-// cell is limited or to be: runaway contrasts may have set those flags before.
-bool MarkCrowdRow(const int32_t* residual, int32_t* codes, int count);
 
 }  // namespace KELVO_TARGET
 }  // namespace kelvo

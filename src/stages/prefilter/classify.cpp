@@ -13,32 +13,10 @@ namespace {
 
 using namespace class_code;
 
-uint32_t Contrast(uint32_t code) {
-  return code >> kContrastShift & kContrastMask;
-}
-
 void MeasureDirections(const Tile& tile, int margin) {
   const Region region(margin);
-  for (int row = region.first; row < region.end; ++row) {
-    tile.routines().measure_row(tile.Row(kPreSmoothed, row, region.first), tile.Row(kClass, row, region.first),
-                                region.size());
-  }
-}
-
-struct Square {
-  int row, column, radius;
-};
-
-// Sets `flag` on the cells of the square that lie in the region and pass.
-template <class Predicate>
-void MarkSquare(const Tile& tile, const Region& region, Square square, uint32_t flag, Predicate pass) {
-  const auto first = [&](int middle) { return std::max(middle - square.radius, region.first); };
-  const auto end = [&](int middle) { return std::min(middle + square.radius + 1, region.end); };
-  for (int row = first(square.row); row < end(square.row); ++row)
-    for (int column = first(square.column); column < end(square.column); ++column) {
-      int32_t& cell = tile.At(kClass, row, column);
-      if (pass(Bits(cell))) cell = Signed(Bits(cell) | flag);
-    }
+  tile.routines().measure_rows(tile.Row(kPreSmoothed, region.first, region.first),
+                               tile.Row(kClass, region.first, region.first), region.size(), region.size());
 }
 
 // Cells outside the region shed nothing.
@@ -51,19 +29,9 @@ void MarkEdgeSurroundings(const Tile& tile, int margin) {
   }
 }
 
-// JPEG rings in the flat ground beside a contrast, so only flat cells are marked: an edge must not raise its own
-// threshold.
 void MarkRinging(const Tile& tile, int margin) {
-  const auto flat = [](uint32_t code) { return Contrast(code) <= 50; };
   const Region region(margin);
-  for (int row = region.first; row < region.end; ++row)
-    for (int column = region.first; column < region.end; ++column) {
-      const uint32_t contrast = Contrast(Bits(tile.At(kClass, row, column)));
-      if (contrast <= 50) continue;
-      const uint32_t near = contrast >= 201 ? kRinging1 : contrast >= 101 ? kRinging2 : kRinging3;
-      MarkSquare(tile, region, {row, column, 4}, near, flat);
-      if (contrast >= 101) MarkSquare(tile, region, {row, column, 8}, near << 1, flat);
-    }
+  tile.routines().mark_ringing_rows(tile.Row(kClass, region.first, region.first), region.size(), region.size());
 }
 
 // The contrast above which a cell counts as detail. In 64 bits, because the enlargement takes whatever NoiseFloor the

@@ -3,27 +3,10 @@
 #include <initializer_list>
 
 #include "stages/fixed_point.h"
-#include "stages/prefilter/classify.h"
 #include "stages/routines.h"
 
 namespace kelvo {
 namespace {
-
-using class_code::kLimited;
-using class_code::kOverLimit;
-
-constexpr int kCrowdRadiusSquared = 32;  // how far a crowd limits its neighbours
-
-int32_t WithByte(int32_t cell, int32_t residual) {
-  return Signed((Bits(cell) & ~255u) | (Bits(residual) & 255u));
-}
-
-template <class Change>
-void ForEachCell(int margin, Change change) {
-  const Region region(margin);
-  for (int row = region.first; row < region.end; ++row)
-    for (int column = region.first; column < region.end; ++column) change(row, column);
-}
 
 void Split(const Tile& tile, int margin) {
   const Region region(margin);
@@ -42,35 +25,12 @@ bool MarkCrowds(const Tile& tile, int margin) {
   return any;
 }
 
-void MarkDisc(const Tile& tile, const Region& region, int row, int column) {
-  const int reach = 5;
-  for (int y = -reach; y <= reach; ++y)
-    for (int x = -reach; x <= reach; ++x) {
-      if (y * y + x * x > kCrowdRadiusSquared) continue;
-      if (row + y < region.first || row + y >= region.end || column + x < region.first || column + x >= region.end)
-        continue;
-      int32_t& cell = tile.At(kClass, row + y, column + x);
-      cell = Signed(Bits(cell) | kLimited);
-    }
-}
-
-int32_t Limited(int32_t residual) {
-  for (int halving = 0; halving < 3 && (residual > 32 || residual < -32); ++halving) residual >>= 1;
-  return residual < -kGreatestResidual ? -kGreatestResidual : residual;
-}
-
-// Three sweeps, because halving must not change the sums of later cells.
+// After all crowds are marked, because limiting must not change the sums of later cells.
 void Limit(const Tile& tile, int margin) {
   const Region region(margin);
   if (!MarkCrowds(tile, margin)) return;
-  ForEachCell(margin, [&](int row, int column) {
-    if (Bits(tile.At(kClass, row, column)) & kOverLimit) MarkDisc(tile, region, row, column);
-  });
-  ForEachCell(margin, [&](int row, int column) {
-    if ((Bits(tile.At(kClass, row, column)) & kLimited) == 0) return;
-    int32_t& cell = tile.At(kResidual, row, column);
-    cell = WithByte(cell, Limited(ResidualByte(cell)));
-  });
+  tile.routines().limit_rows(tile.Row(kResidual, region.first, region.first),
+                             tile.Row(kClass, region.first, region.first), region.size(), region.size());
 }
 
 // Damping level of a strength of compression, 0..6; a block border adds one for its column and one for its row.
@@ -87,31 +47,17 @@ bool OnBlockBorder(int32_t tile_start, int position, int32_t grid_offset) {
   return phase == 0 || phase == 7;
 }
 
-int32_t Damped(int32_t residual, int level) {
-  switch (level) {
-    case 0:
-    case 1:
-      return residual;
-    case 2:
-      return residual - (residual >> 2);
-    case 3:
-      return residual - (residual >> 1);
-    case 4:
-      return -(-residual >> 2);
-    default:
-      return 0;
-  }
-}
-
 void DampBlocks(const Tile& tile, int margin) {
   const TileParams& params = tile.params();
-  const int base = DampingLevel(params.JPGCompression);
-  ForEachCell(margin, [&](int row, int column) {
-    const int level = base + (OnBlockBorder(params.TileLeft, column, params.JPGHorizontalOffset) ? 1 : 0) +
-                      (OnBlockBorder(params.TileTop, row, params.JPGVerticalOffset) ? 1 : 0);
-    int32_t& cell = tile.At(kResidual, row, column);
-    cell = WithByte(cell, Clamp(Damped(ResidualByte(cell), level), -kGreatestResidual, kGreatestResidual));
-  });
+  const Region region(margin);
+  int32_t columns[kTileSize];
+  for (int column = region.first; column < region.end; ++column)
+    columns[column] = DampingLevel(params.JPGCompression) +
+                      (OnBlockBorder(params.TileLeft, column, params.JPGHorizontalOffset) ? 1 : 0);
+  for (int row = region.first; row < region.end; ++row)
+    tile.routines().damp_block_row(columns + region.first,
+                                   OnBlockBorder(params.TileTop, row, params.JPGVerticalOffset) ? 1 : 0,
+                                   tile.Row(kResidual, row, region.first), region.size());
 }
 
 }  // namespace

@@ -1,26 +1,12 @@
 #include "stages/stencils/isotropic.h"
 
 #include "stages/stencils/disc.h"
+#include "stages/stencils/isotropic_table.h"
 
 namespace kelvo {
 namespace {
 
-using Builder = StencilBuilder<64, 8>;
-
-constexpr auto Disc(int squared_radius) {
-  return [squared_radius](int row, int column) { return row * row + column * column <= squared_radius; };
-}
-constexpr bool InSquare(int row, int column) {
-  return row * row <= 1 && column * column <= 1;
-}
-
-constexpr Builder kIsotropic[5] = {
-    Builder().Sum(1, {kCentre}).Sum(3, {kAxis}),
-    Builder().Sum(2, {kCentre}).Sum(3, {kAxis}).Sum(4, {kCorner}),
-    Builder().Deal(2, 3, Disc(1)).Sum(4, {kCorner}).Sum(5, {kCorner}),
-    Builder().Deal(2, 4, InSquare).Sum(5, {kKnight, kAxis2}).Sum(6, {kAxis2}),
-    Builder().Deal(2, 5, Disc(8)).Sum(6, {{0, 3}, {1, 3}}).Sum(7, {{0, 3}}),
-};
+using Builder = IsotropicBuilder;
 
 // One row per operator: weights by class in units of 2^-unit. Every power of two is one partial sum of the cells whose
 // weight has that bit.
@@ -58,12 +44,12 @@ constexpr Builder kSmoothers13To20[8] = {
     MakeSmoother({5, 8, 8, 8, 2, 1}),
     MakeSmoother({5, 8, 8, 8, 4, 3}),
     MakeSmoother({5, 8, 8, 7, 2, 1}),
-    kIsotropic[3],  // width 19: the disc of 21 cells
+    kIsotropics[3],  // width 19: the disc of 21 cells
     MakeSmoother({5, 8, 8, 8, 5, 3}),
 };
 
-constexpr Stencil kIsotropicViews[5] = {kIsotropic[0].View(), kIsotropic[1].View(), kIsotropic[2].View(),
-                                        kIsotropic[3].View(), kIsotropic[4].View()};
+constexpr Stencil kIsotropicViews[5] = {kIsotropics[0].View(), kIsotropics[1].View(), kIsotropics[2].View(),
+                                        kIsotropics[3].View(), kIsotropics[4].View()};
 constexpr Stencil kSmoother7View = kSmoother7.View();
 constexpr Stencil kSmootherViews[8] = {
     kSmoothers13To20[0].View(), kSmoothers13To20[1].View(), kSmoothers13To20[2].View(), kSmoothers13To20[3].View(),
