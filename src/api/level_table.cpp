@@ -1,5 +1,7 @@
 #include "api/level_table.h"
 
+#include "analysis/edge_direction.h"
+#include "analysis/width_fit.h"
 #include "enlarge/rules.h"
 #include "motion/step_sweep.h"
 #include "round/pair_sweep.h"
@@ -26,6 +28,8 @@ const Routines kRoutines = {.stencil_row = StencilRow,
                             .damp_row = DampRow,
                             .move_pairs = MovePairs,
                             .move_steps = MoveSteps,
+                            .edge_directions = EdgeDirections,
+                            .fit_widths = FitWidths,
                             .shape_corner_row = ShapeCornerRow,
                             .fill_notch_row = FillNotchRow,
                             .join_line_row = JoinLineRow,

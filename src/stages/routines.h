@@ -17,9 +17,11 @@ namespace kelvo {
 
 struct Compass;
 struct DetailThresholds;
+class EdgeProfile;
 struct FitPace;
 struct PairMoves;
 struct StepSweep;
+struct WidthFit;
 struct Window;
 
 struct Routines {
@@ -52,6 +54,12 @@ struct Routines {
 
   // Searches and codes the steps along a motion of the cells of a window.
   void (*move_steps)(const StepSweep& sweep, const Window& window);
+
+  // The directions of the edges through the points of a row (analysis/edge_direction.h).
+  void (*edge_directions)(const int32_t* first, int32_t* directions, int count);
+
+  // The widths that fit edge profiles (analysis/width_fit.h).
+  void (*fit_widths)(const EdgeProfile* profiles, int count, WidthFit* fits, int32_t* scratch);
 
   // The rules of the enlargement (enlarge/rules.h).
   void (*shape_corner_row)(const int32_t* source, Compass compass, int32_t* corner, int32_t* beside, int32_t* below,

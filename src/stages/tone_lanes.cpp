@@ -5,27 +5,6 @@
 namespace kelvo::KELVO_TARGET {
 namespace {
 
-// table[index] of 16 bits: two neighbours at once, of which the lower is wanted. The last entry has no neighbour, and is
-// taken as that of the last but one.
-Vector Gather16(const int16_t* table, Vector index) {
-  const Vector beyond = Equal(index, All(4095));
-#if defined(__AVX512F__)
-  const Vector both =
-      reinterpret_cast<Vector>(_mm512_i32gather_epi32(reinterpret_cast<__m512i>(index + beyond), table, sizeof *table));
-#elif defined(__AVX2__)
-  const Vector both = reinterpret_cast<Vector>(_mm256_i32gather_epi32(
-      reinterpret_cast<const int*>(table), reinterpret_cast<__m256i>(index + beyond), sizeof *table));
-#else
-  Vector both{};
-  for (int i = 0; i < kLanes; ++i) {
-    uint32_t pair;
-    std::memcpy(&pair, table + (index[i] + beyond[i]), sizeof pair);
-    both[i] = pair;
-  }
-#endif
-  return ShiftRightArithmetic(Select(beyond, both, both << 16), 16);
-}
-
 // Vectors, the last of which overlaps the one before it. `from` and `to` may be the same row, so the last one is read
 // before that is written.
 template <class Map>
