@@ -2,7 +2,7 @@
 
 #include "analysis/edge_direction.h"
 #include "analysis/width_fit.h"
-#include "enlarge/rules.h"
+#include "enlarge/reshape.h"
 #include "motion/step_sweep.h"
 #include "round/pair_sweep.h"
 #include "stages/fit_rows.h"
@@ -30,9 +30,7 @@ const Routines kRoutines = {.stencil_row = StencilRow,
                             .move_steps = MoveSteps,
                             .edge_directions = EdgeDirections,
                             .fit_widths = FitWidths,
-                            .shape_corner_row = ShapeCornerRow,
-                            .fill_notch_row = FillNotchRow,
-                            .join_line_row = JoinLineRow,
+                            .reshape_blocks = ReshapeBlocks,
                             .fit_misfit_row = FitMisfitRow,
                             .fit_smooth_row = FitSmoothRow,
                             .fit_step_row = FitStepRow};

@@ -15,7 +15,6 @@
 
 namespace kelvo {
 
-struct Compass;
 struct DetailThresholds;
 class EdgeProfile;
 struct FitPace;
@@ -61,11 +60,8 @@ struct Routines {
   // The widths that fit edge profiles (analysis/width_fit.h).
   void (*fit_widths)(const EdgeProfile* profiles, int count, WidthFit* fits, int32_t* scratch);
 
-  // The rules of the enlargement (enlarge/rules.h).
-  void (*shape_corner_row)(const int32_t* source, Compass compass, int32_t* corner, int32_t* beside, int32_t* below,
-                           int count);
-  void (*fill_notch_row)(const int32_t* source, Compass compass, int32_t* corner, int count);
-  void (*join_line_row)(const int32_t* source, Compass compass, int32_t* corner, int32_t* outside, int count);
+  // The rules of the enlargement (enlarge/reshape.h).
+  void (*reshape_blocks)(const int32_t* source, int32_t* scratch, int32_t* pixels);
 
   // The rows of the fit (stages/fit_rows.h).
   void (*fit_misfit_row)(const int32_t* observed, int32_t* misfit, int count);
