@@ -1,6 +1,7 @@
 #include "api/level_table.h"
 
 #include "analysis/edge_direction.h"
+#include "analysis/jpeg_rows.h"
 #include "analysis/width_fit.h"
 #include "enlarge/reshape.h"
 #include "motion/step_sweep.h"
@@ -30,6 +31,9 @@ const Routines kRoutines = {.stencil_row = StencilRow,
                             .move_steps = MoveSteps,
                             .edge_directions = EdgeDirections,
                             .fit_widths = FitWidths,
+                            .jpeg_residual_row = JpegResidualRow,
+                            .leave_out_strong_row = LeaveOutStrongRow,
+                            .count_steps_row = CountStepsRow,
                             .reshape_blocks = ReshapeBlocks,
                             .fit_misfit_row = FitMisfitRow,
                             .fit_smooth_row = FitSmoothRow,

@@ -20,6 +20,7 @@ class EdgeProfile;
 struct FitPace;
 struct PairMoves;
 struct StepSweep;
+struct StepTally;
 struct WidthFit;
 struct Window;
 
@@ -59,6 +60,11 @@ struct Routines {
 
   // The widths that fit edge profiles (analysis/width_fit.h).
   void (*fit_widths)(const EdgeProfile* profiles, int count, WidthFit* fits, int32_t* scratch);
+
+  // The rows of the JPEG grid (analysis/jpeg_rows.h).
+  void (*jpeg_residual_row)(const int32_t* display, int32_t* cells, int count);
+  void (*leave_out_strong_row)(int32_t* cells, int count);
+  void (*count_steps_row)(const int32_t* cells, StepTally& tally);
 
   // The rules of the enlargement (enlarge/reshape.h).
   void (*reshape_blocks)(const int32_t* source, int32_t* scratch, int32_t* pixels);
