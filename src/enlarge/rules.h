@@ -70,8 +70,10 @@ inline void ShapeCorner(const typename Kind::Cell* e_cell, Compass compass, Valu
   const auto halfway = [&](Value least) { return view.Turned(Kind::Half(view.Turned(least), view.True(0, 0))); };
 
   const Value arms = Kind::Most(b, d), least = Kind::Least(a, Kind::Least(b, d)), most = Kind::Most(a, arms);
+  const Value stands_out = above(e, most);
+  if (!Kind::Any(stands_out)) return;
   const Value most_north = Kind::Most(c, f), most_west = Kind::Most(g, h);
-  const Value stands_out = above(e, most), arc_north = above(e, most_north), arc_west = above(e, most_west);
+  const Value arc_north = above(e, most_north), arc_west = above(e, most_west);
   const Value on_diagonal = above(c, Kind::Most(b, f)) | above(g, Kind::Most(d, h));
   const Value soften = stands_out & (arc_north | arc_west) & on_diagonal;
   const Value alone =

@@ -69,7 +69,7 @@ int CompareFits(const std::function<int(int, uint32_t)>& value, int runs) {
   return static_cast<int>(std::count_if(want.begin(), want.end(), [](const WidthFit& fit) { return fit.width >= 0; }));
 }
 
-TEST_CASE("the fit with bounds finds what the whole search finds") {
+TEST_CASE("the fit with bounds finds what the whole search finds, at every level") {
   int width = 0;
   const auto edge = [&](int low, int high, int noise) {
     return [=, &width](int i, uint32_t random) {
