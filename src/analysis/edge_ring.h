@@ -17,15 +17,15 @@ inline constexpr int kRingReach = 4;
 inline constexpr int kRingCurve = 2;
 inline constexpr int32_t kLeastContrast = 32 * KELVO_LEVEL;
 
-// Clockwise from the top.
-inline constexpr CellStep kRingCells[kRing] = {
-    {-4, 0}, {-4, 1}, {-3, 2}, {-3, 3}, {-2, 3}, {-1, 4}, {0, 4},  {1, 4},   {2, 3},   {3, 3},   {3, 2},   {4, 1},
-    {4, 0},  {4, -1}, {3, -2}, {3, -3}, {2, -3}, {1, -4}, {0, -4}, {-1, -4}, {-2, -3}, {-3, -3}, {-3, -2}, {-4, -1}};
-
 // Lines are read from ring positions 2..13: first from these, then from the neighbours of the best.
 inline constexpr int kFirstLine = 3, kLineStride = 3, kCoarseLines = 4;
 
 namespace KELVO_TARGET {
+
+// Clockwise from the top.
+inline constexpr CellStep kRingCells[kRing] = {
+    {-4, 0}, {-4, 1}, {-3, 2}, {-3, 3}, {-2, 3}, {-1, 4}, {0, 4},  {1, 4},   {2, 3},   {3, 3},   {3, 2},   {4, 1},
+    {4, 0},  {4, -1}, {3, -2}, {3, -3}, {2, -3}, {1, -4}, {0, -4}, {-1, -4}, {-2, -3}, {-3, -3}, {-3, -2}, {-4, -1}};
 
 // `Kind` gives the type Word, uint32_t or a vector of it, and the function Distance of two words below 2^24.
 template <class Kind>
