@@ -12,9 +12,9 @@ inline constexpr int kEdgeDirections = 12;  // about 15 degrees apart, clockwise
 inline constexpr int kNoEdge = -1;
 inline constexpr int kEdgeGrid = 4;  // every fourth cell of a row is a point
 
-// directions[i] of the point first[4 i], a cell of a plane of linear values 0..16777215; 4 cells are read around it, and
-// in its rows up to 64 more behind the last point. `count` 0..32. kNoEdge if the ring of radius 4 spans less than 32
-// grey levels.
+// directions[i] of the point first[4 i], a cell of a plane of linear values 0..16777215; 4 cells are read around it,
+// and in its rows up to 64 more behind the last point. `count` 0..32. kNoEdge if the ring of radius 4 spans less than
+// 32 grey levels.
 namespace plain {
 void EdgeDirections(const int32_t* first, int32_t* directions, int count);
 }

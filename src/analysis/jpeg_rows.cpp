@@ -9,8 +9,8 @@ namespace {
 
 constexpr int32_t kStrong = 7 * KELVO_LEVEL;
 
-// The magnitude of a residual must exceed 7 levels; that of the most negative one is itself, and does not. Bit 0 decides
-// about two residuals: that one, and 7 levels.
+// The magnitude of a residual must exceed 7 levels; that of the most negative one is itself, and does not. Bit 0
+// decides about two residuals: that one, and 7 levels.
 bool IsStrong(int32_t cell) {
   return Signed(Magnitude(Bits(cell))) > kStrong;
 }

@@ -9,7 +9,8 @@
 
 namespace kelvo {
 
-// Steps and how many they are: of every column to its left neighbour, over all rows so far, and of a row to the one above.
+// Steps and how many they are: of every column to its left neighbour, over all rows so far, and of a row to the one
+// above.
 struct StepTally {
   uint32_t column_sums[KELVO_CORE_SIZE], column_counts[KELVO_CORE_SIZE];
   uint32_t row_sum, row_count;

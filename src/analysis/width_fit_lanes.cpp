@@ -46,8 +46,8 @@ struct Promising {
   explicit Promising(const LaneBounds& bounds) {
     for (int width = 0; width < kModelWidths; ++width)
       for (int i = 0; i < kFitShifts; ++i) {
-        // Bits of floats are ordered as the floats are, and behind them come the negative ones. The lowest make room for
-        // the candidate's number.
+        // Bits of floats are ordered as the floats are, and behind them come the negative ones. The lowest make room
+        // for the candidate's number.
         const Vector bits = reinterpret_cast<Vector>(bounds[width][i] - kLeastPromising);
         least = Lesser(least, ((bits >> 1) & ~255u) | static_cast<uint32_t>(width * kFitShifts + i));
       }

@@ -89,8 +89,8 @@ class WidthSearch {
   float limit_ = 2e20f;
 };
 
-// What follows works on one profile or on one in every lane of a vector: `Kind` gives the types Ints and Floats, and the
-// functions ToFloats and Distance (from zero).
+// What follows works on one profile or on one in every lane of a vector: `Kind` gives the types Ints and Floats, and
+// the functions ToFloats and Distance (from zero).
 
 // Samples of profiles, and their sums over spans; index 0 is sample -32.
 template <class Kind>

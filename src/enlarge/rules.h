@@ -10,12 +10,12 @@
 //
 // Every rule comes in a bright and a dark form, which never hold both. The dark one is the bright one seen in the
 // negative: ~x reverses the order of all values, so one form with its comparisons made on `x ^ negative` is both.
-// Averages are formed on the true values. There are no branches but around what holds nowhere; a condition is a mask, all
-// bits set or none.
+// Averages are formed on the true values. There are no branches but around what holds nowhere; a condition is a mask,
+// all bits set or none.
 //
-// `Kind` is what a rule works on, one block or many side by side. It gives the type Value; Load from cells; Above, Least,
-// Most, Pick of values and masks; Any, which may say yes too often; and averages: Half, MeanOfFour, and by their weights
-// OneTwoOne, OneThree, ThreeFive, FiveThree, TwoSix.
+// `Kind` is what a rule works on, one block or many side by side. It gives the types Cell and Value; Load from cells;
+// Above, Least, Most, Pick of values and masks; Any, which may say yes too often; and averages: Half, MeanOfFour, and
+// by their weights OneTwoOne, OneThree, ThreeFive, FiveThree, TwoSix.
 #ifndef KELVO_ENLARGE_RULES_H
 #define KELVO_ENLARGE_RULES_H
 

@@ -268,8 +268,8 @@ inline FloatVector GatherFloats(const float* table, Vector index) {
 #endif
 }
 
-// table[index] of a table of 4096 entries of 16 bits: two neighbours at once, of which the lower is wanted. The last entry has no neighbour, and is
-// taken as that of the last but one.
+// table[index] of a table of 4096 entries of 16 bits: two neighbours at once, of which the lower is wanted. The last
+// entry has no neighbour, and is taken as that of the last but one.
 inline Vector Gather16(const int16_t* table, Vector index) {
   const Vector beyond = Equal(index, All(4095));
 #if defined(__AVX512F__)
