@@ -7,7 +7,6 @@
 
 #include "enlarge/enlarge.h"
 #include "enlarge/literal.h"
-#include "enlarge/rules.h"
 #include "stages/routines.h"
 #include "timing.h"
 
@@ -57,23 +56,6 @@ void PrintKind(int repeats, const Kind& kind) {
               kPixels / centre, literal, kPixels / literal, literal / centre);
 }
 
-// One rule over 64 rows of 66 blocks, all of them within cells that were gathered from noise.
-template <class Rule>
-double NanosecondsPerBlock(int repeats, Rule rule) {
-  constexpr int kStride = 72, kBlocks = 66, kRows = 64;
-  std::vector<int32_t> source(kStride * (kRows + 4)), outputs[3];
-  for (size_t i = 0; i < source.size(); ++i)
-    source[i] = static_cast<int32_t>(test::Mix(static_cast<uint32_t>(i)) >> 17);
-  for (auto& output : outputs) output = source;
-  const double time = Least(repeats, [&] {
-    for (int row = 2; row < kRows + 2; ++row) {
-      const auto at = static_cast<size_t>(row * kStride + 2);
-      rule(&source[at], Compass{-kStride, -1}, &outputs[0][at], &outputs[1][at], &outputs[2][at], kBlocks);
-    }
-  });
-  return 1000 * time / (kBlocks * kRows);
-}
-
 }  // namespace
 
 void PrintEnlargement(int repeats) {
@@ -84,18 +66,6 @@ void PrintEnlargement(int repeats) {
   std::printf(
       "| tile | the export | without the pre-filter | literal form | literal / rows |\n|---|---|---|---|---|\n");
   for (const Kind& kind : kKinds) PrintKind(repeats, kind);
-
-  const Routines& routines = BestRoutines();
-  std::printf("\n| rule | ns per block |\n|---|---|\n");
-  std::printf("| corner | %.2f |\n", NanosecondsPerBlock(repeats, routines.shape_corner_row));
-  std::printf("| notch | %.2f |\n", NanosecondsPerBlock(repeats, [&](const int32_t* source, Compass compass,
-                                                                     int32_t* corner, int32_t*, int32_t*, int count) {
-                routines.fill_notch_row(source, compass, corner, count);
-              }));
-  std::printf("| line | %.2f |\n",
-              NanosecondsPerBlock(
-                  repeats, [&](const int32_t* source, Compass compass, int32_t* corner, int32_t* outside, int32_t*,
-                               int count) { routines.join_line_row(source, compass, corner, outside, count); }));
 }
 
 }  // namespace kelvo::bench

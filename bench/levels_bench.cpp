@@ -127,6 +127,10 @@ std::vector<Case> AllCases() {
   cases.push_back({"enlarge, no pre-filter", 2, 0, kNone, [](Subject& s, const Routines& routines) {
                      EnlargeCentre(Tile(s.bench.params, s.bench.heap(), routines));
                    }});
+  cases.push_back({"enlarge, one value out of range", 2, 0, kNone, [](Subject& s, const Routines& routines) {
+                     s.bench.Cell(kDisplay, 128, 128) = -1;
+                     EnlargeCentre(Tile(s.bench.params, s.bench.heap(), routines));
+                   }});
   return cases;
 }
 

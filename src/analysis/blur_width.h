@@ -1,7 +1,7 @@
 // The width of round blur in a picture, from the shape of its edges.
 //
-//   reads   kDisplay  the whole plane, any values
-//   writes  kLinear   the whole plane: the tile in linear light
+//   reads   kDisplay  rows and columns 32..223, any values
+//   writes  kLinear   rows and columns 32..223: the tile in linear light; kEdges: scratch
 //   fields  in      ImageWidth, ImageHeight, TileTop, TileLeft
 //           in/out  BlurWidthVotes: over the tiles of an image; they wrap
 //           out     SmoothedBlurWidthVotes, DetectedBlurWidth 0..20, CurveIndex (2)

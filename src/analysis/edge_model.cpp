@@ -1,6 +1,7 @@
 #include "analysis/edge_model.h"
 
 #include <array>
+#include <cassert>
 #include <cstddef>
 
 namespace kelvo {
@@ -39,10 +40,13 @@ constexpr int32_t kRising[kModelWidths - 1][kMostTyped] = {
     {788, 2201, 3987, 6072, 8385, 10871, 13499, 16269, 19140, 22083, 25097, 28140, 31225},
 };
 
-using Row = std::array<int32_t, 2 * kModelReach>;
+constexpr int kRoom = 16;  // for vectors that read beyond what is compared
+
+using Row = std::array<int32_t, 2 * kModelReach + kRoom>;
 
 constexpr Row MakeRow(int width) {
   Row row{};
+  for (int32_t& share : row) share = kOne;
   const int reach = ModelReach(width);
   for (int position = 0; position < kModelReach; ++position) {
     const int32_t before = position < reach ? kRising[width - 1][reach - 1 - position] : 0;
@@ -60,10 +64,43 @@ constexpr std::array<Row, kModelWidths> MakeRows() {
 
 constexpr std::array<Row, kModelWidths> kRows = MakeRows();
 
+constexpr ModelPart MakePart(int width, int from, int to) {
+  const bool last = to == ComparedReach(width);
+  assert(to - from + last <= kLongestPart);
+  int32_t rise = 0;
+  for (int i = from; i < to; ++i) rise += kRows[static_cast<size_t>(width)][static_cast<size_t>(kModelReach - 1 - i)];
+  const auto cells = static_cast<float>(to - from);
+  return {from, to, last ? to + 1 : to, cells, last ? cells + 1 : cells, static_cast<float>(rise) / kOne};
+}
+
+constexpr ModelParts MakeParts(int width) {
+  const int slope = ModelReach(width), reach = ComparedReach(width);
+  const int cuts[kMostParts + 1] = {0, slope / 3, 2 * slope / 3, slope, slope + (reach - slope) / 2, reach};
+  ModelParts parts{};
+  for (int i = 0; i < kMostParts; ++i)
+    if (cuts[i] < cuts[i + 1]) {
+      parts.part[parts.count++] = MakePart(width, cuts[i], cuts[i + 1]);
+      if (cuts[i] < slope) parts.slopes = parts.count;
+    }
+  return parts;
+}
+
+constexpr std::array<ModelParts, kModelWidths> MakeAllParts() {
+  std::array<ModelParts, kModelWidths> parts{};
+  for (int width = 0; width < kModelWidths; ++width) parts[static_cast<size_t>(width)] = MakeParts(width);
+  return parts;
+}
+
+constexpr std::array<ModelParts, kModelWidths> kParts = MakeAllParts();
+
 }  // namespace
 
 const int32_t* EdgeModel(int width) {
   return kRows[static_cast<size_t>(width)].data() + kModelReach;
+}
+
+const ModelParts& PartsOfModel(int width) {
+  return kParts[static_cast<size_t>(width)];
 }
 
 }  // namespace kelvo

@@ -56,12 +56,12 @@ constexpr std::array<Distances, kEdgeDirections> MakeDistances() {
 
 constexpr std::array<Distances, kEdgeDirections> kDistances = MakeDistances();
 
-// Samples `sign` x 1..32, none of which may turn back: kept at or above, or below, all before them.
+// Reads samples `sign` x 1..32, none of which may turn back: kept at or above, or below, all before them.
 template <class Extreme>
-void ForceMonotone(EdgeProfile& profile, int sign, Extreme extreme) {
-  int32_t running = profile[0];
+void ReadSide(const int32_t* point, const Distances& distances, int sign, Extreme extreme, EdgeProfile& profile) {
+  int32_t running = *point;
   for (int i = 1; i <= kProfileReach; ++i) {
-    running = extreme(running, profile[sign * i]);
+    running = extreme(running, point[sign * distances[static_cast<size_t>(i)]]);
     profile[sign * i] = running;
   }
 }
@@ -79,19 +79,17 @@ double SampleSpacing(int direction) {
 
 EdgeProfile ProfileAt(const int32_t* point, int direction) {
   const Distances& distances = kDistances[static_cast<size_t>(direction)];
-  EdgeProfile profile;
-  for (int i = 0; i <= kProfileReach; ++i) {
-    profile[i] = point[distances[static_cast<size_t>(i)]];
-    profile[-i] = point[-distances[static_cast<size_t>(i)]];
-  }
+  const int side = distances[kSide];
   const auto greater = [](int32_t a, int32_t b) { return std::max(a, b); };
   const auto less = [](int32_t a, int32_t b) { return std::min(a, b); };
-  if (profile[kSide] > profile[-kSide]) {
-    ForceMonotone(profile, 1, greater);
-    ForceMonotone(profile, -1, less);
+  EdgeProfile profile;
+  profile[0] = *point;
+  if (point[side] > point[-side]) {
+    ReadSide(point, distances, 1, greater, profile);
+    ReadSide(point, distances, -1, less, profile);
   } else {
-    ForceMonotone(profile, 1, less);
-    ForceMonotone(profile, -1, greater);
+    ReadSide(point, distances, 1, less, profile);
+    ReadSide(point, distances, -1, greater, profile);
   }
   return profile;
 }

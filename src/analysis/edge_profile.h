@@ -10,15 +10,18 @@
 namespace kelvo {
 
 inline constexpr int kProfileReach = 32;
+inline constexpr int kProfileSamples = 2 * kProfileReach + 1;
 
 // Samples -32..32; sample 0 is the point's own.
 class EdgeProfile {
  public:
   int32_t& operator[](int i) { return samples_[static_cast<size_t>(kProfileReach + i)]; }
   const int32_t& operator[](int i) const { return samples_[static_cast<size_t>(kProfileReach + i)]; }
+  const int32_t* Sample(int i) const { return samples_.data() + kProfileReach + i; }
 
  private:
-  std::array<int32_t, 2 * kProfileReach + 1> samples_;
+  static constexpr int kRoom = 15;  // for vectors that read beyond the last sample
+  std::array<int32_t, kProfileSamples + kRoom> samples_;
 };
 
 // Where sample `i` in -32..32 across an edge of `direction` 0..11 lies, from the point.

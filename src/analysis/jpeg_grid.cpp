@@ -1,8 +1,6 @@
 #include "analysis/jpeg_grid.h"
 
-#include <algorithm>
-#include <array>
-
+#include "analysis/jpeg_rows.h"
 #include "stages/fixed_point.h"
 #include "stages/routines.h"
 #include "stages/schedule.h"
@@ -14,7 +12,6 @@ namespace {
 constexpr int kPhases = 8;
 constexpr int kResidualMargin = 16;
 constexpr int kSmoother = 4;  // strength of the smoother: the disc of 21 cells
-constexpr int32_t kStrong = 7 * KELVO_LEVEL;
 constexpr int32_t kLeftOut = 1;
 
 // Strength by the ratio of the grid's steps to the mean step: that of the last row whose ratio is exceeded. Intended:
@@ -27,18 +24,13 @@ constexpr struct {
     {2.24, 25}, {2.48, 30}, {2.82, 40}, {3.06, 50}, {3.34, 60}, {3.71, 70}, {3.91, 80},
 };
 
-// Wraps like all arithmetic here: the magnitude of the most negative value is itself.
-constexpr int32_t Absolute(int32_t value) {
-  return Signed(Magnitude(Bits(value)));
-}
-
 void BuildResidual(const Tile& tile) {
   const Region region(kResidualMargin);
   for (int row = region.first; row < region.end; ++row) {
     const int32_t* display = tile.Row(kDisplay, row, region.first);
     int32_t* residual = tile.Row(kJpegResidual, row, region.first);
     tile.routines().stencil_row(Isotropic(kSmoother), display, residual, region.size());
-    for (int i = 0; i < region.size(); ++i) residual[i] = Signed(Bits(WrapSub(residual[i], display[i])) & ~1u);
+    tile.routines().jpeg_residual_row(display, residual, region.size());
   }
 }
 
@@ -50,15 +42,6 @@ void LeaveOut(int32_t* cells, int count) {
 int EndOfCounting(int32_t tile_start, int32_t image_size) {
   if (WrapAdd(tile_start, KELVO_CORE_SIZE) <= image_size) return kCoreEnd;
   return WrapAdd(WrapSub(image_size, tile_start), kCoreFirst);
-}
-
-// Intended: the test sees bit 0 that an earlier strong neighbour has set, so a residual of exactly 7 levels counts as
-// strong there.
-void LeaveOutStrongDetail(const Tile& tile, int row, int end_column) {
-  int32_t* cells = tile.Row(kJpegResidual, row);
-  for (int column = kCoreFirst; column < end_column; ++column)
-    if (Absolute(cells[column]) > kStrong)
-      for (int below = -1; below <= 1; ++below) LeaveOut(cells + below * kTileSize + column - 1, 3);
 }
 
 void MarkWhatIsLeftOut(const Tile& tile) {
@@ -73,23 +56,8 @@ void MarkWhatIsLeftOut(const Tile& tile) {
       continue;
     }
     LeaveOut(cells + region.first, kCoreFirst - region.first);
-    LeaveOutStrongDetail(tile, row, end_column);
+    tile.routines().leave_out_strong_row(cells + kCoreFirst, end_column - kCoreFirst);
     LeaveOut(cells + end_column, region.end - end_column);
-  }
-}
-
-// Steps and how many they are, by column of the core.
-struct ColumnTally {
-  std::array<uint32_t, KELVO_CORE_SIZE> sums{}, counts{};
-};
-
-// The steps between a core row's cells and those `before` cells earlier.
-void CountSteps(const int32_t* row, int before, ColumnTally& tally) {
-  for (int i = 0; i < KELVO_CORE_SIZE; ++i) {
-    const uint32_t cell = Bits(row[i]), neighbour = Bits(row[i - before]);
-    const uint32_t counts = ~(cell | neighbour) & 1u;
-    tally.sums[static_cast<size_t>(i)] += ShiftRight(Magnitude(cell - neighbour), 7) & (0u - counts);
-    tally.counts[static_cast<size_t>(i)] += counts;
   }
 }
 
@@ -117,30 +85,18 @@ class PhaseTally {
   uint32_t sums_[kPhases] = {}, counts_[kPhases] = {};
 };
 
-void AddHorizontalSteps(const Tile& tile) {
+void AddSteps(const Tile& tile) {
   TileParams& params = tile.params();
-  ColumnTally columns;
-  for (int row = kCoreFirst; row < kCoreEnd; ++row) CountSteps(tile.Row(kJpegResidual, row, kCoreFirst), 1, columns);
-  PhaseTally phases;
-  for (uint32_t i = 0; i < KELVO_CORE_SIZE; ++i)
-    phases.Add(Bits(params.TileLeft) + i, columns.sums[i], columns.counts[i]);
-  phases.AddNormalisedTo(params.JPGColumnPhaseSums);
-}
-
-void AddVerticalSteps(const Tile& tile) {
-  TileParams& params = tile.params();
-  PhaseTally phases;
+  StepTally tally{};
+  PhaseTally rows, columns;
   for (uint32_t i = 0; i < KELVO_CORE_SIZE; ++i) {
-    ColumnTally row;
-    CountSteps(tile.Row(kJpegResidual, kCoreFirst + static_cast<int>(i), kCoreFirst), kTileSize, row);
-    uint32_t sum = 0, count = 0;
-    for (size_t column = 0; column < KELVO_CORE_SIZE; ++column) {
-      sum += row.sums[column];
-      count += row.counts[column];
-    }
-    phases.Add(Bits(params.TileTop) + i, sum, count);
+    tile.routines().count_steps_row(tile.Row(kJpegResidual, kCoreFirst + static_cast<int>(i), kCoreFirst), tally);
+    rows.Add(Bits(params.TileTop) + i, tally.row_sum, tally.row_count);
   }
-  phases.AddNormalisedTo(params.JPGRowPhaseSums);
+  for (uint32_t i = 0; i < KELVO_CORE_SIZE; ++i)
+    columns.Add(Bits(params.TileLeft) + i, tally.column_sums[i], tally.column_counts[i]);
+  columns.AddNormalisedTo(params.JPGColumnPhaseSums);
+  rows.AddNormalisedTo(params.JPGRowPhaseSums);
 }
 
 // First index of the greatest sum; 0 if all are negative, with -1 as the greatest.
@@ -160,8 +116,7 @@ Peak PeakOf(const int32_t (&sums)[kPhases]) {
 void DetectJpegGrid(const Tile& tile) {
   BuildResidual(tile);
   MarkWhatIsLeftOut(tile);
-  AddHorizontalSteps(tile);
-  AddVerticalSteps(tile);
+  AddSteps(tile);
   tile.params().JPGTileCount = WrapAdd(tile.params().JPGTileCount, 1);
   DecideJpegGrid(tile.params());
 }

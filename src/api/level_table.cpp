@@ -1,6 +1,9 @@
 #include "api/level_table.h"
 
-#include "enlarge/rules.h"
+#include "analysis/edge_direction.h"
+#include "analysis/jpeg_rows.h"
+#include "analysis/width_fit.h"
+#include "enlarge/reshape.h"
 #include "motion/step_sweep.h"
 #include "round/pair_sweep.h"
 #include "stages/fit_rows.h"
@@ -35,9 +38,12 @@ const Routines kRoutines = {.stencil_row = StencilRow,
                             .damp_row = DampRow,
                             .move_pairs = MovePairs,
                             .move_steps = MoveSteps,
-                            .shape_corner_row = ShapeCornerRow,
-                            .fill_notch_row = FillNotchRow,
-                            .join_line_row = JoinLineRow,
+                            .edge_directions = EdgeDirections,
+                            .fit_widths = FitWidths,
+                            .jpeg_residual_row = JpegResidualRow,
+                            .leave_out_strong_row = LeaveOutStrongRow,
+                            .count_steps_row = CountStepsRow,
+                            .reshape_blocks = ReshapeBlocks,
                             .fit_limit_row = FitLimitRow,
                             .fit_misfit_row = FitMisfitRow,
                             .fit_smooth_row = FitSmoothRow,

@@ -71,9 +71,8 @@ inline Vector LaneNumbers() {
   return v;
 }
 
-// Every second cell, from any address. Reads one cell beyond the last.
-inline Vector LoadEven(const int32_t* cells) {
-  const Vector low = Load(cells), high = Load(cells + kLanes);
+// Every second lane of two vectors.
+inline Vector EvenLanes(Vector low, Vector high) {
 #if defined(__AVX512F__)
   return __builtin_shufflevector(low, high, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
 #elif defined(__AVX2__)
@@ -81,6 +80,20 @@ inline Vector LoadEven(const int32_t* cells) {
 #else
   return __builtin_shufflevector(low, high, 0, 2, 4, 6);
 #endif
+}
+inline Vector OddLanes(Vector low, Vector high) {
+#if defined(__AVX512F__)
+  return __builtin_shufflevector(low, high, 1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
+#elif defined(__AVX2__)
+  return __builtin_shufflevector(low, high, 1, 3, 5, 7, 9, 11, 13, 15);
+#else
+  return __builtin_shufflevector(low, high, 1, 3, 5, 7);
+#endif
+}
+
+// Every second cell, from any address. Reads one cell beyond the last.
+inline Vector LoadEven(const int32_t* cells) {
+  return EvenLanes(Load(cells), Load(cells + kLanes));
 }
 
 inline Vector ShiftRightArithmetic(Vector v, int shift) {
@@ -109,6 +122,9 @@ inline Vector Less(Vector a, Vector b) {
 inline Vector LessSigned(Vector a, Vector b) {
   return reinterpret_cast<Vector>(ToSigned(a) < ToSigned(b));
 }
+inline Vector Less(FloatVector a, FloatVector b) {
+  return reinterpret_cast<Vector>(a < b);
+}
 inline Vector Equal(Vector a, Vector b) {
   return reinterpret_cast<Vector>(a == b);
 }
@@ -120,6 +136,17 @@ inline Vector Select(Vector mask, Vector yes, Vector no) {
 #else
   return (yes & mask) | (no & ~mask);
 #endif
+}
+
+inline FloatVector Select(Vector mask, FloatVector yes, FloatVector no) {
+  return reinterpret_cast<FloatVector>(Select(mask, reinterpret_cast<Vector>(yes), reinterpret_cast<Vector>(no)));
+}
+
+inline FloatVector ToFloats(SignedVector v) {
+  return __builtin_convertvector(v, FloatVector);
+}
+inline FloatVector Magnitude(FloatVector v) {
+  return reinterpret_cast<FloatVector>(reinterpret_cast<Vector>(v) & 0x7FFFFFFFu);
 }
 
 // The greater and the lesser as signed numbers.
@@ -157,6 +184,41 @@ inline bool Any(Vector mask) {
   return _mm_movemask_epi8(_mm_cmpeq_epi32(reinterpret_cast<__m128i>(mask), _mm_setzero_si128())) != 0xFFFF;
 #else
   return (mask[0] | mask[1] | mask[2] | mask[3]) != 0;
+#endif
+}
+
+// Bit i: the sign of lane i.
+inline uint32_t BitsOfLanes(Vector mask) {
+#if defined(__AVX512F__)
+  return _mm512_movepi32_mask(reinterpret_cast<__m512i>(mask));
+#elif defined(__AVX2__)
+  return static_cast<uint32_t>(_mm256_movemask_ps(reinterpret_cast<__m256>(mask)));
+#elif defined(__SSE2__)
+  return static_cast<uint32_t>(_mm_movemask_ps(reinterpret_cast<__m128>(mask)));
+#else
+  uint32_t bits = 0;
+  for (int i = 0; i < kLanes; ++i) bits |= mask[i] >> 31 << i;
+  return bits;
+#endif
+}
+
+// The sum of all lanes; wraps.
+inline uint32_t SumOfLanes(Vector v) {
+#if defined(__AVX512F__)
+  return static_cast<uint32_t>(_mm512_reduce_add_epi32(reinterpret_cast<__m512i>(v)));
+#elif defined(__SSE2__)
+#if defined(__AVX2__)
+  const __m256i whole = reinterpret_cast<__m256i>(v);
+  __m128i sum = _mm_add_epi32(_mm256_castsi256_si128(whole), _mm256_extracti128_si256(whole, 1));
+#else
+  __m128i sum = reinterpret_cast<__m128i>(v);
+#endif
+  sum = _mm_add_epi32(sum, _mm_shuffle_epi32(sum, 0x4E));
+  return static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_add_epi32(sum, _mm_shuffle_epi32(sum, 0xB1))));
+#else
+  uint32_t sum = 0;
+  for (int i = 0; i < kLanes; ++i) sum += v[i];
+  return sum;
 #endif
 }
 
@@ -230,6 +292,36 @@ inline FloatVector GatherFloats(const float* table, Vector index) {
   for (int i = 0; i < kLanes; ++i) v[i] = table[index[i]];
   return v;
 #endif
+}
+
+struct Neighbours {
+  Vector here, next;
+};
+
+// table[index] and table[index + 1] of a table of 4096 entries of 16 bits, read at once. The last entry has no neighbour:
+// it is its own, and read as that of the last but one.
+inline Neighbours GatherNeighbours(const int16_t* table, Vector index) {
+  const Vector last = Equal(index, All(4095));
+#if defined(__AVX512F__)
+  const Vector both =
+      reinterpret_cast<Vector>(_mm512_i32gather_epi32(reinterpret_cast<__m512i>(index + last), table, sizeof *table));
+#elif defined(__AVX2__)
+  const Vector both = reinterpret_cast<Vector>(_mm256_i32gather_epi32(
+      reinterpret_cast<const int*>(table), reinterpret_cast<__m256i>(index + last), sizeof *table));
+#else
+  Vector both{};
+  for (int i = 0; i < kLanes; ++i) {
+    uint32_t pair;
+    std::memcpy(&pair, table + (index[i] + last[i]), sizeof pair);
+    both[i] = pair;
+  }
+#endif
+  const Vector next = ShiftRightArithmetic(both, 16);
+  return {Select(last, next, ShiftRightArithmetic(both << 16, 16)), next};
+}
+
+inline Vector Gather16(const int16_t* table, Vector index) {
+  return GatherNeighbours(table, index).here;
 }
 
 }  // namespace kelvo::KELVO_TARGET

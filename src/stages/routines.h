@@ -15,12 +15,14 @@
 
 namespace kelvo {
 
-struct Compass;
 struct DetailThresholds;
+class EdgeProfile;
 struct FilterPlanes;
 struct FitPace;
 struct PairMoves;
 struct StepSweep;
+struct StepTally;
+struct WidthFit;
 struct Window;
 
 struct Routines {
@@ -67,11 +69,19 @@ struct Routines {
   // Searches and codes the steps along a motion of the cells of a window.
   void (*move_steps)(const StepSweep& sweep, const Window& window);
 
-  // The rules of the enlargement (enlarge/rules.h).
-  void (*shape_corner_row)(const int32_t* source, Compass compass, int32_t* corner, int32_t* beside, int32_t* below,
-                           int count);
-  void (*fill_notch_row)(const int32_t* source, Compass compass, int32_t* corner, int count);
-  void (*join_line_row)(const int32_t* source, Compass compass, int32_t* corner, int32_t* outside, int count);
+  // The directions of the edges through the points of a row (analysis/edge_direction.h).
+  void (*edge_directions)(const int32_t* first, int32_t* directions, int count);
+
+  // The widths that fit edge profiles (analysis/width_fit.h).
+  void (*fit_widths)(const EdgeProfile* profiles, int count, WidthFit* fits, int32_t* scratch);
+
+  // The rows of the JPEG grid (analysis/jpeg_rows.h).
+  void (*jpeg_residual_row)(const int32_t* display, int32_t* cells, int count);
+  void (*leave_out_strong_row)(int32_t* cells, int count);
+  void (*count_steps_row)(const int32_t* cells, StepTally& tally);
+
+  // The rules of the enlargement (enlarge/reshape.h).
+  void (*reshape_blocks)(const int32_t* source, int32_t* scratch, int32_t* pixels);
 
   // The rows of the fit (stages/fit_rows.h).
   void (*fit_limit_row)(const int32_t* curve, int32_t limit, const int32_t* display, int32_t* limits, int count);

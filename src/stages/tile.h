@@ -23,6 +23,7 @@ enum Plane : int {
   kEstimate = 1,       // the restored tile, linear values
   kLinear = 1,         // blur width: the tile in linear light
   kPreSmoothed = 2,    // pre-filter: what the classification measures
+  kEdges = 2,          // blur width: the profiles of edges, and room to fit them
   kFloor = 2,          // restoration: minimum of the first blurred estimate over the blur's footprint
   kBlurred = 3,        // the estimate blurred by the model; cells 0..8191 are the weight tables
   kJpegResidual = 3,   // JPEG grid: smoothed minus own value, bit 0 set where nothing is counted

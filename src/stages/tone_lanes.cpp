@@ -7,32 +7,6 @@ namespace {
 
 constexpr uint32_t kLastLevel = 255, kLastEntry = 4095;
 
-struct Neighbours {
-  Vector here, next;
-};
-
-// table[index] and table[index + 1] of 16 bits, read at once. The last entry has no neighbour: it is its own, and read as
-// that of the last but one.
-Neighbours GatherNeighbours(const int16_t* table, Vector index) {
-  const Vector last = Equal(index, All(kLastEntry));
-#if defined(__AVX512F__)
-  const Vector both =
-      reinterpret_cast<Vector>(_mm512_i32gather_epi32(reinterpret_cast<__m512i>(index + last), table, sizeof *table));
-#elif defined(__AVX2__)
-  const Vector both = reinterpret_cast<Vector>(_mm256_i32gather_epi32(
-      reinterpret_cast<const int*>(table), reinterpret_cast<__m256i>(index + last), sizeof *table));
-#else
-  Vector both{};
-  for (int i = 0; i < kLanes; ++i) {
-    uint32_t pair;
-    std::memcpy(&pair, table + (index[i] + last[i]), sizeof pair);
-    both[i] = pair;
-  }
-#endif
-  const Vector next = ShiftRightArithmetic(both, 16);
-  return {Select(last, next, ShiftRightArithmetic(both << 16, 16)), next};
-}
-
 Vector OnChord(Vector here, Vector next, Vector part, int shift) {
   return here + ShiftRightArithmetic((next - here) * part, shift);
 }
@@ -56,7 +30,7 @@ void LinearRow(const int32_t* table, const int32_t* from, int32_t* to, int count
 void DisplayRow(const int16_t* table, const int32_t* from, int32_t* to, int count) {
   if (count < kLanes) return plain::DisplayRow(table, from, to, count);
   ForRow(from, to, count,
-         [table](Vector v) { return GatherNeighbours(table, Clamp(ShiftRightArithmetic(v, 12), 0, kLastEntry)).here; });
+         [table](Vector v) { return Gather16(table, Clamp(ShiftRightArithmetic(v, 12), 0, kLastEntry)); });
 }
 
 void LinearBetweenRow(const int32_t* table, const int32_t* from, int32_t* to, int count) {

@@ -1,12 +1,16 @@
 // Both detections as a host calls them: what counts, what does not, and how sums add up.
 #include <doctest/doctest.h>
 
+#include <cstdlib>
 #include <cstring>
 
 #include "analysis/jpeg_grid.h"
+#include "analysis/jpeg_rows.h"
 #include "analysis/width_votes.h"
+#include "stages/routines.h"
 #include "stages/tile.h"
 #include "support/fields.h"
+#include "support/levels.h"
 #include "support/tiles.h"
 
 namespace kelvo::test {
@@ -94,6 +98,54 @@ TEST_CASE("strong detail of exactly seven levels is left out only beside stronge
   CHECK(left_out(-959, 0));        // residual 898
   CHECK(left_out(-1090, -2000));   // residual 896, flagged by its neighbour
   CHECK_FALSE(left_out(955, 0));   // residual -896
+}
+
+// Residuals around the limit, in few kinds of values, so that what hangs on a neighbour comes in chains.
+void FillResiduals(Bench& bench, uint32_t kind) {
+  const std::vector<int32_t> values[] = {{0, 896, 898},
+                                         {896, 896, 896, 896, 0, 898},
+                                         {-896, -898, 896, 894, 0, 2},
+                                         {INT32_MIN, 896, 0, INT32_MAX - 1, 12},
+                                         {0, 2, 4, 64, 300, -300}};
+  const std::vector<int32_t>& from = values[kind % 5];
+  for (int i = 0; i < 65536; ++i) {
+    const uint32_t random = Mix(kind * 65536 + static_cast<uint32_t>(i));
+    bench.Cell(3, i / 256, i % 256) = from[random % from.size()] | (random >> 24 == 0 ? 1 : 0);
+  }
+}
+
+// LeaveOutStrongRow one cell after another.
+void LeaveOutLiterally(int32_t* cells, int count) {
+  for (int i = 0; i < count; ++i)
+    if (cells[i] != INT32_MIN && std::abs(cells[i]) > 896)
+      for (int row = -1; row <= 1; ++row)
+        for (int column = -1; column <= 1; ++column) cells[256 * row + i + column] |= 1;
+}
+
+TEST_CASE(
+    "rows of the grid at every level: strong detail as one cell after another finds it, steps as plain finds them") {
+  for (const Level level : RunnableLevels())
+    for (uint32_t kind = 0; kind < 10; ++kind) {
+      CAPTURE(NameOf(level));
+      CAPTURE(kind);
+      const Routines &routines = RoutinesOf(level), &plain = RoutinesOf(Level::kPlain);
+      Bench want, got;
+      FillResiduals(want, kind);
+      FillResiduals(got, kind);
+      StepTally wanted{}, tally{};
+      for (int row = 64; row < 192; ++row) {
+        const int count = row % 5 == 0 ? static_cast<int>(Mix(kind + static_cast<uint32_t>(row)) % 129) : 128;
+        LeaveOutLiterally(&want.Cell(3, row, 64), count);
+        routines.leave_out_strong_row(&got.Cell(3, row, 64), count);
+        plain.count_steps_row(&want.Cell(3, row, 64), wanted);
+        routines.count_steps_row(&want.Cell(3, row, 64), tally);
+        CHECK(std::memcmp(&wanted, &tally, sizeof tally) == 0);
+        plain.jpeg_residual_row(&want.Cell(4, row, 64), &want.Cell(5, row, 64), 160);
+        routines.jpeg_residual_row(&got.Cell(4, row, 64), &got.Cell(5, row, 64), 160);
+      }
+      for (const int cells : {3, 5})
+        CHECK(std::memcmp(&want.Cell(cells, 0, 0), &got.Cell(cells, 0, 0), 65536 * sizeof(int32_t)) == 0);
+    }
 }
 
 TEST_CASE("the ladder of strengths: a ratio must be exceeded") {

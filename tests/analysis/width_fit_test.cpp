@@ -7,7 +7,10 @@
 #include <cstdlib>
 #include <functional>
 
+#include "analysis/edge_direction.h"
 #include "analysis/edge_model.h"
+#include "stages/routines.h"
+#include "support/levels.h"
 #include "support/tiles.h"
 
 namespace kelvo::test {
@@ -27,7 +30,7 @@ double PlainCost(const EdgeProfile& profile, int shift, int width, int64_t left,
   return static_cast<double>(mean_residual) * 100.0 / static_cast<double>(std::abs(step));
 }
 
-std::optional<WidthFit> PlainFit(const EdgeProfile& profile) {
+WidthFit PlainFit(const EdgeProfile& profile) {
   double least = 1e20;
   int best_shift = 99;
   WidthFit best{};
@@ -43,26 +46,30 @@ std::optional<WidthFit> PlainFit(const EdgeProfile& profile) {
       best_shift = shift;
       best = {width, static_cast<int32_t>(step)};
     }
-  if (std::abs(best_shift) > 3) return std::nullopt;
+  if (std::abs(best_shift) > 3) return {kNoFit, 0};
   return best;
 }
 
-// Compares on many profiles whose sample i is value(i, random); returns how many had a fit.
+// Compares, at every level, on many profiles whose sample i is value(i, random); returns how many had a fit.
 int CompareFits(const std::function<int(int, uint32_t)>& value, int runs) {
-  int fits = 0, wrong = 0;
+  std::vector<EdgeProfile> profiles(static_cast<size_t>(runs));
+  std::vector<WidthFit> want, got(profiles.size());
+  std::vector<int32_t> scratch(kFitScratch);
   uint32_t counter = 1;
-  for (int run = 0; run < runs; ++run) {
-    EdgeProfile profile;
+  for (EdgeProfile& profile : profiles) {
     for (int i = -32; i <= 32; ++i) profile[i] = std::clamp(value(i, Mix(counter++)), 0, 16711680);
-    const auto want = PlainFit(profile), got = FitWidth(profile);
-    wrong += want.has_value() != got.has_value() || (want && (want->width != got->width || want->step != got->step));
-    fits += got.has_value();
+    want.push_back(PlainFit(profile));
   }
-  CHECK(wrong == 0);
-  return fits;
+  const auto same = [](const WidthFit& a, const WidthFit& b) { return a.width == b.width && a.step == b.step; };
+  for (const Level level : RunnableLevels()) {
+    CAPTURE(NameOf(level));
+    RoutinesOf(level).fit_widths(profiles.data(), runs, got.data(), scratch.data());
+    CHECK(std::equal(want.begin(), want.end(), got.begin(), same));
+  }
+  return static_cast<int>(std::count_if(want.begin(), want.end(), [](const WidthFit& fit) { return fit.width >= 0; }));
 }
 
-TEST_CASE("the fit with bounds finds what the whole search finds") {
+TEST_CASE("the fit with bounds finds what the whole search finds, at every level") {
   int width = 0;
   const auto edge = [&](int low, int high, int noise) {
     return [=, &width](int i, uint32_t random) {
@@ -81,6 +88,31 @@ TEST_CASE("the fit with bounds finds what the whole search finds") {
   CompareFits([](int, uint32_t random) { return static_cast<int>(random % 3); }, 300);
   CompareFits([](int i, uint32_t random) { return (i + 32) * 260000 + static_cast<int>(random % 1000); }, 100);
   CHECK(CompareFits([](int, uint32_t) { return 700; }, 1) == 0);
+}
+
+TEST_CASE("directions of many rows are the same at every level") {
+  const auto spread = [](uint32_t random, int row, int column) {
+    const uint32_t values[] = {random % 16777216, random % 2 * 16777215, 4000000 + random % 500000,
+                               static_cast<uint32_t>(row * column * 1000) % 16777216};
+    return values[row / 16 % 4];
+  };
+  Bench bench;
+  for (int row = 0; row < 256; ++row)
+    for (int column = 0; column < 256; ++column)
+      bench.Cell(1, row, column) =
+          static_cast<int32_t>(spread(Mix(static_cast<uint32_t>(row * 256 + column)), row, column));
+  int edges = 0, wrong = 0;
+  for (const Level level : RunnableLevels())
+    for (int row = 4; row < 248; ++row)
+      for (const int count : {32, 13, 1}) {
+        int32_t want[32], got[32];
+        plain::EdgeDirections(&bench.Cell(1, row, 64), want, count);
+        RoutinesOf(level).edge_directions(&bench.Cell(1, row, 64), got, count);
+        wrong += !std::equal(want, want + count, got);
+        edges += static_cast<int>(std::count_if(want, want + count, [](int direction) { return direction >= 0; }));
+      }
+  CHECK(wrong == 0);
+  CHECK(edges > 10000);
 }
 
 TEST_CASE("edge models rise from 0 to 1 and are symmetric") {

@@ -8,6 +8,7 @@
 #include "enlarge/literal.h"
 #include "stages/routines.h"
 #include "support/guarded_heap.h"
+#include "support/levels.h"
 #include "support/tiles.h"
 
 namespace kelvo::test {
@@ -68,6 +69,10 @@ std::vector<NamedTile> Tiles() {
                                      {-1, 0, 1},
                                      {0, 128, 32640},
                                      {100, 101, 102, 103, 104, 105, 106, 107},
+                                     {0, 1, 32766, 32767},
+                                     {0, 32767},
+                                     {32766, 32767},
+                                     {32767, 32768},
                                      {INT32_MIN, INT32_MAX},
                                      {INT32_MIN, INT32_MIN + 1, -1, 0, INT32_MAX - 1, INT32_MAX}};
   for (uint32_t i = 0; i < values.size(); ++i)
@@ -89,6 +94,24 @@ TEST_CASE("the rules give what their literal form gives, and each is met in ever
       CAPTURE(rule);
       CAPTURE(phase);
       CHECK(taken[rule + std::string("/") + std::to_string(phase)] > 0);
+    }
+}
+
+TEST_CASE("every level gives what the literal form gives, also where one value alone is out of the common range") {
+  std::vector<NamedTile> tiles = Tiles();
+  for (const int value : {-1, 32768, INT32_MIN})
+    for (const int place : {93 * 256 + 93, 162 * 256 + 162, 128 * 256 + 100}) {
+      tiles.push_back({"noise and " + std::to_string(value), Generated("noise", {5})});
+      tiles.back().cells[static_cast<size_t>(place)] = value;
+    }
+  for (const NamedTile& tile : tiles)
+    for (const Level level : RunnableLevels()) {
+      CAPTURE(tile.name);
+      CAPTURE(NameOf(level));
+      Bench bench(6);
+      std::copy(tile.cells.begin(), tile.cells.end(), bench.heap());
+      EnlargeCentre(Tile(bench.params, bench.heap(), RoutinesOf(level)));
+      CHECK((Cells(bench.heap(), bench.heap() + 65536) == EnlargeLiterally(tile.cells, nullptr)));
     }
 }
 
