@@ -1,11 +1,10 @@
 // Blurs of discs over areas: several rows together, so that a cell is loaded once for all the rows that it counts in.
 //
-// Loads are what stencils cost. A strip of kRows rows reads, in the order of the cells, one vector per cell of the union
+// Loads are what stencils cost. A strip of a few rows reads, in the order of the cells, one vector per cell of the union
 // of its footprints and adds it to each partial sum of each row that has the cell; all partial sums of the strip stay in
-// registers. The taps are worked out at compile time, one unrolled function per width.
+// registers. The additions are worked out at compile time, one unrolled function per width.
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstddef>
 #include <utility>
 
@@ -27,6 +26,14 @@ constexpr int kRegisters = 16;
 constexpr int kSpareRegisters = 4;  // for the cell, the total and the product
 constexpr int kMostRows = 6;
 
+// Checks at every load of every width would take compilers minutes: sanitized builds have the strips of these widths,
+// and the others are checked between guard pages.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr int kGreatestWidth = 6;
+#else
+constexpr int kGreatestWidth = kMaxWidth;
+#endif
+
 // Rows of a strip for a stencil of `sums` partial sums, such that whole strips make kAreaRows; 1 means that a strip gains
 // nothing.
 constexpr int RowsFor(int sums) {
@@ -34,12 +41,6 @@ constexpr int RowsFor(int sums) {
   while (kAreaRows % rows != 0) --rows;
   return rows;
 }
-
-// A cell, from the first cell of a strip's first row, and for each row the partial sums that have it, one bit each.
-struct Tap {
-  int offset = 0;
-  std::array<uint32_t, kMostRows> sums{};
-};
 
 // How the blur of a width is worked: all its partial sums at once where they fit the registers for several rows, else in
 // passes over some of them.
@@ -75,70 +76,82 @@ struct Plan {
   static constexpr Footprint kFootprint = MakeFootprint();
 };
 
-// The taps of one pass, and their additions.
+// One addition of a strip: of the cell `column` of some row to a partial sum of one of the strip's rows.
+struct Addition {
+  int column = 0;
+  int place = 0;       // which partial sum, counted over all rows of the strip
+  bool loads = false;  // the first of its cell
+  bool keeps = false;  // the cell has others
+};
+
+template <int kMost>
+struct Additions {
+  int count = 0;
+  std::array<Addition, kMost> of{};
+};
+
+// The additions of one pass.
 template <int kWidth, int kPass>
 struct Pass {
   using Plan = kelvo::KELVO_TARGET::Plan<kWidth>;
   static constexpr int kReach = Plan::kReach, kRows = Plan::kRows;
   static constexpr int kFirst = kPass * Plan::kPassSums;
   static constexpr int kSums = std::min(Plan::kPassSums, Plan::kSums - kFirst);
-  static constexpr int kPlaces = kRows * kSums;  // the partial sums of all rows
+  static constexpr int kPlaces = kRows * kSums;
 
-  static constexpr Tap TapAt(int row, int column) {
-    Tap tap{CellsTo(row, column), {}};
-    for (int strip_row = 0; strip_row < kRows; ++strip_row)
-      tap.sums[static_cast<size_t>(strip_row)] =
-          Plan::kFootprint.At(row - strip_row, column) >> kFirst & ((1u << kSums) - 1);
-    return tap;
+  static constexpr bool Counts(int row, int column, int place) {
+    return Plan::kFootprint.At(row - place / kSums, column) >> (kFirst + place % kSums) & 1;
   }
 
-  static constexpr int Uses(const Tap& tap) {
+  static constexpr int Uses(int row, int column) {
     int uses = 0;
-    for (const uint32_t sums : tap.sums) uses += std::popcount(sums);
+    for (int place = 0; place < kPlaces; ++place) uses += Counts(row, column, place) ? 1 : 0;
     return uses;
   }
 
-  static constexpr size_t CountTaps() {
-    size_t count = 0;
-    for (int row = -kReach; row < kReach + kRows; ++row)
-      for (int column = -kReach; column <= kReach; ++column) count += Uses(TapAt(row, column)) > 0 ? 1 : 0;
-    return count;
+  // What the cells of `row`, counted from the strip's first, are added to.
+  static constexpr auto AdditionsOf(int row) {
+    Additions<(2 * kReach + 1) * 2 * kMostRows> additions;
+    for (int column = -kReach; column <= kReach; ++column) {
+      const int uses = Uses(row, column);
+      bool first = true;
+      for (int place = 0; place < kPlaces; ++place) {
+        if (!Counts(row, column, place)) continue;
+        additions.of[static_cast<size_t>(additions.count++)] = {column, place, first, uses > 1};
+        first = false;
+      }
+    }
+    return additions;
   }
 
-  static constexpr auto MakeTaps() {
-    std::array<Tap, CountTaps()> taps{};
-    size_t count = 0;
-    for (int row = -kReach; row < kReach + kRows; ++row)
-      for (int column = -kReach; column <= kReach; ++column)
-        if (const Tap tap = TapAt(row, column); Uses(tap) > 0) taps[count++] = tap;
-    return taps;
-  }
-  static constexpr auto kTaps = MakeTaps();
-
-  template <int kPlace>
-  [[gnu::always_inline]] static inline void AddTo(Vector& sum, const Tap& tap, Vector cells) {
-    if (tap.sums[kPlace / kSums] >> kPlace % kSums & 1) sum += cells;
+  [[gnu::always_inline]] static inline void Add(const Addition& addition, const int32_t* row, Vector& cells,
+                                                Vector& sum) {
+    if (addition.loads) cells = Load(row + addition.column);
+    if (addition.loads && addition.keeps) KeepLoaded(cells);
+    sum += cells;
   }
 
-  template <size_t kTap, int... kPlace>
-  [[gnu::always_inline]] static inline void AddTap(std::integer_sequence<int, kPlace...>, const int32_t* from,
-                                                   Vector (&sums)[kPlaces]) {
-    constexpr Tap kHere = kTaps[kTap];
-    Vector cells = Load(from + kHere.offset);
-    if constexpr (Uses(kHere) > 1) KeepLoaded(cells);
-    (AddTo<kPlace>(sums[kPlace], kHere, cells), ...);
+  template <int kRow, int... kIndex>
+  [[gnu::always_inline]] static inline void AddRow(std::integer_sequence<int, kIndex...>,
+                                                   [[maybe_unused]] const int32_t* row,
+                                                   [[maybe_unused]] Vector (&sums)[kPlaces]) {
+    [[maybe_unused]] constexpr auto kAdditions = AdditionsOf(kRow);  // none in some rows
+    [[maybe_unused]] Vector cells{};
+    (Add(kAdditions.of[kIndex], row, cells, sums[kAdditions.of[kIndex].place]), ...);
   }
 
-  template <size_t... kTap>
-  [[gnu::always_inline]] static inline void AddTaps(std::index_sequence<kTap...>, const int32_t* from,
+  template <int... kRow>
+  [[gnu::always_inline]] static inline void AddRows(std::integer_sequence<int, kRow...>, const int32_t* from,
                                                     Vector (&sums)[kPlaces]) {
-    (AddTap<kTap>(std::make_integer_sequence<int, kPlaces>(), from, sums), ...);
+    (AddRow<kRow - kReach>(std::make_integer_sequence<int, AdditionsOf(kRow - kReach).count>(),
+                           from + CellsTo(kRow - kReach, 0), sums),
+     ...);
   }
 
   [[gnu::always_inline]] static inline void AddTotals(const int32_t* from, Vector (&totals)[kRows]) {
     constexpr Stencil kStencil = Plan::kBuilder.View();
     Vector sums[kPlaces] = {};
-    AddTaps(std::make_index_sequence<kTaps.size()>(), from, sums);
+    AddRows(std::make_integer_sequence<int, 2 * kReach + kRows>(), from, sums);
     for (int row = 0; row < kRows; ++row)
       for (int sum = 0; sum < kSums; ++sum)
         totals[row] +=
@@ -169,7 +182,8 @@ struct StripEntry {
 
 template <int kWidth>
 constexpr StripEntry MakeEntry() {
-  if constexpr (Plan<kWidth>::kRows > 1) return {Plan<kWidth>::kRows, RunStrip<kWidth>};
+  if constexpr (kWidth <= kGreatestWidth)
+    if constexpr (Plan<kWidth>::kRows > 1) return {Plan<kWidth>::kRows, RunStrip<kWidth>};
   return {};
 }
 
