@@ -91,19 +91,20 @@ class StepLanes {
     return cost;
   }
 
-  // The sums of max(residual, -step) and of the steps; cells of one amount share their product.
+  // Cells of one amount share their product. Two sums, as one addition would have to wait for the other.
   static Vector TameMisfit(const StepSide& side, const Vector* residuals, Vector total, Vector scaled) {
-    Vector over{}, steps{};
+    Vector over{}, over_too{};
     int i = 0;
     for (int run = 0; run < side.run_count; ++run) {
-      const Vector step = scaled * static_cast<uint32_t>(side.runs[static_cast<size_t>(run)].amount);
-      const Vector back = Vector{} - step;
-      for (const int end = side.runs[static_cast<size_t>(run)].end; i < end; ++i) {
+      const int end = side.runs[static_cast<size_t>(run)].end;
+      const Vector back = Vector{} - scaled * static_cast<uint32_t>(side.runs[static_cast<size_t>(run)].amount);
+      for (; i + 1 < end; i += 2) {
         over += Greater(residuals[i], back);
-        steps += step;
+        over_too += Greater(residuals[i + 1], back);
       }
+      if (i < end) over += Greater(residuals[i++], back);
     }
-    return (over << 1) - total + steps;
+    return ((over + over_too) << 1) - total + scaled * static_cast<uint32_t>(side.total_amount);
   }
 
   Vector TameCost(Vector scaled, const Vector* values) const {

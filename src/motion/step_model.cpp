@@ -96,6 +96,7 @@ constexpr void Finish(StepSide& side) {
     if (i == 0 || side.runs[static_cast<size_t>(side.run_count - 1)].amount != amount)
       side.runs[static_cast<size_t>(side.run_count++)].amount = amount;
     side.runs[static_cast<size_t>(side.run_count - 1)].end = static_cast<int16_t>(i + 1);
+    side.total_amount += amount;
   }
 }
 

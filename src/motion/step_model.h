@@ -31,6 +31,7 @@ struct StepSide {
   std::array<int32_t, kMax> amounts;  // magnitude of one unit's change
   std::array<StepRun, kMax> runs;     // the same, cells of one amount together
   int16_t run_count;
+  int32_t total_amount;  // the sum of the amounts
 };
 
 // A moved cell, and the cells around it that do not move.
