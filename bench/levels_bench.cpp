@@ -12,10 +12,13 @@
 #include "api/calls.h"
 #include "enlarge/enlarge.h"
 #include "round/family.h"
+#include "round/focus_driver.h"
 #include "round/iteration.h"
 #include "stages/copy.h"
+#include "stages/output.h"
 #include "stages/prefilter/prefilter.h"
 #include "stages/schedule.h"
+#include "stages/tone.h"
 #include "support/levels.h"
 #include "timing.h"
 
@@ -26,10 +29,13 @@ constexpr int kNone = -1000;  // a setting that does not apply
 constexpr uint32_t kModern = KELVO_VARIANT_UNDO_ROUND_MOVES | KELVO_VARIANT_SIGNED_MOTION;
 constexpr uint32_t kFit = KELVO_VARIANT_KEEP_FRACTION | KELVO_VARIANT_FIT | KELVO_VARIANT_FIT_ALONE;
 
+// Runs what is measured. Returns milliseconds where it has a clock of its own, else 0.
+using Run = std::function<double(Subject&, const Routines&)>;
+
 struct Case {
   std::string what;
   int width, direction, accuracy;
-  std::function<void(Subject&, const Routines&)> run;
+  Run run;
   const char* tile = "soft";
 };
 
@@ -54,15 +60,55 @@ Result Measure(const Case& measured, int repeats) {
     for (size_t level = 0; level < levels.size(); ++level) {
       subject.Reset();
       const double start = ProcessorMilliseconds();
-      measured.run(subject, RoutinesOf(levels[level]));
-      result.milliseconds[level] = std::min(result.milliseconds[level], ProcessorMilliseconds() - start);
+      const double own = measured.run(subject, RoutinesOf(levels[level]));
+      result.milliseconds[level] =
+          std::min(result.milliseconds[level], own > 0 ? own : ProcessorMilliseconds() - start);
     }
   return result;
 }
 
-std::function<void(Subject&, const Routines&)> Calls(Operation operation, uint32_t variant = 0) {
+Run Calls(Operation operation, uint32_t variant = 0) {
   return [operation, variant](Subject& s, const Routines& routines) {
     Call(operation, s.bench.params, s.bench.heap(), routines, variant);
+    return 0.0;
+  };
+}
+
+// The stages of an iteration, timed inside of a run.
+enum class Stage { kMove, kApply };
+
+class ClockedPass : public PairPass {
+ public:
+  ClockedPass(const RoundMember& member, PairKind kind, Stage stage, double& milliseconds)
+      : PairPass(member, kind), stage_(stage), milliseconds_(milliseconds) {}
+
+  void Move(const Tile& tile) const {
+    Timed(Stage::kMove, [&] { PairPass::Move(tile); });
+  }
+  void Apply(const Tile& tile) const {
+    Timed(Stage::kApply, [&] { PairPass::Apply(tile); });
+  }
+
+ private:
+  template <class Work>
+  void Timed(Stage stage, Work work) const {
+    const double start = ProcessorMilliseconds();
+    work();
+    if (stage == stage_) milliseconds_ += ProcessorMilliseconds() - start;
+  }
+
+  Stage stage_;
+  double& milliseconds_;
+};
+
+Run InRun(Stage stage) {
+  return [stage](Subject& s, const Routines& routines) {
+    double milliseconds = 0;
+    const RoundMember& member = MemberOf(BlurWidth(s.bench.params));
+    const ClockedPass coarse(member, PairKind::kCoarse, stage, milliseconds);
+    const ClockedPass fine(member, PairKind::kFine, stage, milliseconds);
+    RunRoundFocus(Tile(s.bench.params, s.bench.heap(), routines, kModern), member, coarse, fine);
+    return milliseconds;
   };
 }
 
@@ -74,6 +120,7 @@ Case StageCase(const char* what, int width, Stage stage, const char* tile = "sof
           kNone,
           [stage](Subject& s, const Routines& routines) {
             stage(Tile(s.bench.params, s.bench.heap(), routines), MemberOf(BlurWidth(s.bench.params)));
+            return 0.0;
           },
           tile};
 }
@@ -102,6 +149,25 @@ void AddStages(std::vector<Case>& cases) {
   for (const int width : {1, 5, 8, 12, 20}) {
     cases.push_back(StageCase("blur", width, BlurEstimate));
     cases.push_back(StageCase("floor", width, FindFloor));
+    if (width == 1) continue;  // does not search at this accuracy
+    cases.push_back({"moves of a run", width, 0, 1, InRun(Stage::kMove)});
+    cases.push_back({"moves applied in a run", width, 0, 1, InRun(Stage::kApply)});
+  }
+  cases.push_back(StageCase(
+      "tone curve", 1, [](const Tile& tile, const RoundMember&) { ToneMapRegion(tile, kDisplay, KELVO_CORE_START); }));
+  cases.push_back(
+      StageCase("output", 1, [](const Tile& tile, const RoundMember&) { OutputCore(tile, OutputBase::kEstimate); }));
+}
+
+// At an angle where the line's cells lie askew at every accuracy, and at one where they lie on a diagonal.
+void AddMotion(std::vector<Case>& cases, int width) {
+  for (const int angle : {20, 45}) {
+    cases.push_back({"motion defocus", width, angle, kNone, Calls(Operation::kDefocus)});
+    for (int accuracy = -2; accuracy <= 2; ++accuracy) {
+      if (angle == 45 && accuracy != 0) continue;
+      cases.push_back({"motion focus", width, angle, accuracy, Calls(Operation::kFocus, kModern)});
+      cases.push_back({"motion fit", width, angle, accuracy, Calls(Operation::kFocus, kFit)});
+    }
   }
 }
 
@@ -115,21 +181,18 @@ std::vector<Case> AllCases() {
         cases.push_back({what, width, 0, accuracy, Calls(Operation::kFocus, variant)});
     cases.push_back({"focus, moves stay", width, 0, 0, Calls(Operation::kFocus)});
   }
-  for (const int width : {1, 2, 3, 4, 5, 6, 7, 8, 10, 12, 14, 16, 18, 20})
-    for (const int angle : {20, 45}) {
-      cases.push_back({"motion defocus", width, angle, kNone, Calls(Operation::kDefocus)});
-      cases.push_back({"motion focus", width, angle, 0, Calls(Operation::kFocus, kModern)});
-      cases.push_back({"motion fit", width, angle, 0, Calls(Operation::kFocus, kFit)});
-    }
+  for (int width = 1; width <= kMaxWidth; ++width) AddMotion(cases, width);
   cases.push_back({"detect width", 5, 0, kNone, Calls(Operation::kDetectBlurWidth)});
   cases.push_back({"detect grid", 5, 0, kNone, Calls(Operation::kDetectJpegGrid)});
   cases.push_back({"enlarge", 2, 0, kNone, Calls(Operation::kEnlarge)});
   cases.push_back({"enlarge, no pre-filter", 2, 0, kNone, [](Subject& s, const Routines& routines) {
                      EnlargeCentre(Tile(s.bench.params, s.bench.heap(), routines));
+                     return 0.0;
                    }});
   cases.push_back({"enlarge, one value out of range", 2, 0, kNone, [](Subject& s, const Routines& routines) {
                      s.bench.Cell(kDisplay, 128, 128) = -1;
                      EnlargeCentre(Tile(s.bench.params, s.bench.heap(), routines));
+                     return 0.0;
                    }});
   return cases;
 }
