@@ -136,8 +136,8 @@ void PrintPairs(int repeats) {
 
 // Takes `--name VALUE` from the arguments; null if it is not there.
 const char* TakeOption(std::vector<const char*>& arguments, const char* name) {
-  const auto at =
-      std::find_if(arguments.begin(), arguments.end(), [name](std::string argument) { return argument == name; });
+  const auto at = std::find_if(arguments.begin(), arguments.end(),
+                               [name](const char* argument) { return std::string(argument) == name; });
   if (at == arguments.end() || at + 1 == arguments.end()) return nullptr;
   const char* value = *(at + 1);
   arguments.erase(at, at + 2);
