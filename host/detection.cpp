@@ -5,7 +5,6 @@
 #include <mutex>
 #include <new>
 #include <numeric>
-#include <vector>
 
 #include "analysis/jpeg_grid.h"
 #include "analysis/width_votes.h"
@@ -41,7 +40,7 @@ struct Job {
 // What one thread owns.
 class Worker {
  public:
-  explicit Worker(Job& job) : job_(job), window_(job.image), heap_(KELVO_HEAP_WORDS) {}
+  explicit Worker(Job& job) : job_(job), window_(job.image), heap_(NewHeap()) {}
 
   bool Measure(int top, int left) {
     if (!window_.MoveTo(top, left)) return false;
@@ -56,8 +55,8 @@ class Worker {
     params.ImageHeight = job_.image->Ysize;
     params.TileTop = top;
     params.TileLeft = left;
-    if (job_.wanted.width) Call(Operation::kDetectBlurWidth, params, heap_.data(), ChosenRoutines());
-    if (job_.wanted.grid) Call(Operation::kDetectJpegGrid, params, heap_.data(), ChosenRoutines());
+    if (job_.wanted.width) Call(Operation::kDetectBlurWidth, params, heap_.get(), ChosenRoutines());
+    if (job_.wanted.grid) Call(Operation::kDetectJpegGrid, params, heap_.get(), ChosenRoutines());
     sums_.Add(params);
     return true;
   }
@@ -71,17 +70,17 @@ class Worker {
   template <Sample T>
   void Stage() {
     if (job_.colour_bands < 3) {
-      window_.Fill<T>(heap_.data(), [](const T* pixel) { return DisplayOf(pixel[0]); });
+      window_.Fill<T>(heap_.get(), [](const T* pixel) { return DisplayOf(pixel[0]); });
       return;
     }
-    window_.Fill<T>(heap_.data(), [](const T* pixel) {
+    window_.Fill<T>(heap_.get(), [](const T* pixel) {
       return (kRed * DisplayOf(pixel[0]) + kGreen * DisplayOf(pixel[1]) + kBlue * DisplayOf(pixel[2])) >> 7;
     });
   }
 
   Job& job_;
   TileWindow window_;
-  std::vector<int32_t> heap_;
+  WorkHeap heap_;
   DetectionSums sums_;
 };
 

@@ -38,6 +38,10 @@ inline TilesShape ShapeOf(const vips::VImage& image) {
 // once as long as the result is read in rows of tiles. Throws vips::VError.
 vips::VImage TilesOf(VipsImage* out, VipsImage* in, const TilesShape& shape, const Generator& generator);
 
+// The picture with a cache of tiles behind it: each is asked for once as long as the result is read in rows of tiles.
+// Throws vips::VError.
+vips::VImage InCache(const vips::VImage& image);
+
 // libvips calls these three; no exception may leave them. A Worker is what one thread owns: made of the picture and the
 // Settings, it has bool Compute<T>(VipsRegion* out), which fills the valid area of `out`, a tile of the grid, or leaves
 // a message in the libvips error buffer and returns false.
