@@ -1,11 +1,13 @@
 #include "seams.h"
 
 #include <algorithm>
+#include <memory>
 #include <new>
 #include <vector>
 
 #include "errors.h"
 #include "kelvo/kelvo.h"
+#include "shared_pieces.h"
 #include "staging.h"
 #include "tile_operation.h"
 
@@ -40,6 +42,7 @@ struct Join {
   vips::VImage cores;
   TileGrid grid;
   bool own_values;
+  std::unique_ptr<SharedPieces> open_cores;  // by row * across + column
 };
 
 // What one thread owns: its views of the picture and of the cores.
@@ -66,6 +69,7 @@ class Joiner {
     VipsRect from = {columns_.front().first, rows_.front().first, columns_.back().second - columns_.front().first + 1,
                      rows_.back().second - rows_.front().first + 1};
     VipsRect original = area;
+    if (!ComputeCores(from)) return false;
     if (vips_region_prepare(image_, &original) != 0 || vips_region_prepare(cores_, &from) != 0) return false;
     for (int row = 0; row < area.height; ++row) JoinRow<T>(out, row);
     return true;
@@ -75,6 +79,28 @@ class Joiner {
   void Locate(std::vector<Places>& places, int start, int size, int count) const {
     places.resize(static_cast<size_t>(size));
     for (int i = 0; i < size; ++i) places[static_cast<size_t>(i)] = PlacesOf(start + i, join_.grid.step, count);
+  }
+
+  // Has the cores of an area computed. Where they overlap neighbouring areas share some, and a thread would wait for the
+  // core at which another works; meanwhile it takes one that the other will need next.
+  bool ComputeCores(const VipsRect& area) {
+    const int last_row = (VIPS_RECT_BOTTOM(&area) - 1) / KELVO_CORE_SIZE;
+    const int last_column = (VIPS_RECT_RIGHT(&area) - 1) / KELVO_CORE_SIZE;
+    const int64_t across = join_.grid.across;
+    own_cores_.clear();
+    for (int row = area.top / KELVO_CORE_SIZE; row <= last_row; ++row)
+      for (int column = area.left / KELVO_CORE_SIZE; column <= last_column; ++column)
+        own_cores_.push_back(row * across + column);
+    if (own_cores_.size() == 1) return true;
+    join_.open_cores->Want(own_cores_);
+    while (const auto core = join_.open_cores->Begin(own_cores_)) {
+      VipsRect place = {static_cast<int>(*core % across) * KELVO_CORE_SIZE,
+                        static_cast<int>(*core / across) * KELVO_CORE_SIZE, KELVO_CORE_SIZE, KELVO_CORE_SIZE};
+      const bool computed = vips_region_prepare(cores_, &place) == 0;
+      join_.open_cores->End(*core);
+      if (!computed) return false;
+    }
+    return true;
   }
 
   void FindRuns() {
@@ -165,6 +191,7 @@ class Joiner {
   const Join& join_;
   VipsRegion *image_, *cores_;
   std::vector<Places> rows_, columns_;
+  std::vector<int64_t> own_cores_;
   std::vector<Run> runs_;         // of columns_
   std::vector<int16_t> blended_;  // values of a run
 };
@@ -178,7 +205,7 @@ TileGrid GridOver(const vips::VImage& image, int overlap) {
 }
 
 vips::VImage Joined(const vips::VImage& image, const vips::VImage& cores, const TileGrid& grid, bool own_values) {
-  return InTiles<Joiner>(image, ShapeOf(image), Join{cores, grid, own_values});
+  return InTiles<Joiner>(image, ShapeOf(image), Join{cores, grid, own_values, std::make_unique<SharedPieces>()});
 }
 
 }  // namespace kelvo::host

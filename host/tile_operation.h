@@ -60,8 +60,11 @@ struct TileFunctions {
   }
 
   template <class Sample>
-  static int Compute(VipsRegion* out, void* worker, void*, void*, gboolean*) {
+  static int Compute(VipsRegion* out, void* worker, void*, void*, gboolean*) try {
     return MayGoOn() && static_cast<Worker*>(worker)->template Compute<Sample>(out) ? 0 : -1;
+  } catch (const std::bad_alloc&) {
+    vips_error("kelvo", "out of memory");
+    return -1;
   }
 
   static VipsGenerateFn ComputeFor(VipsBandFormat format) {
