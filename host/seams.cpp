@@ -84,6 +84,7 @@ class Joiner {
   // Has the cores of an area computed. Where they overlap neighbouring areas share some, and a thread would wait for the
   // core at which another works; meanwhile it takes one that the other will need next.
   bool ComputeCores(const VipsRect& area) {
+    if (join_.grid.step == KELVO_CORE_SIZE) return true;
     const int last_row = (VIPS_RECT_BOTTOM(&area) - 1) / KELVO_CORE_SIZE;
     const int last_column = (VIPS_RECT_RIGHT(&area) - 1) / KELVO_CORE_SIZE;
     const int64_t across = join_.grid.across;
@@ -91,7 +92,6 @@ class Joiner {
     for (int row = area.top / KELVO_CORE_SIZE; row <= last_row; ++row)
       for (int column = area.left / KELVO_CORE_SIZE; column <= last_column; ++column)
         own_cores_.push_back(row * across + column);
-    if (own_cores_.size() == 1) return true;
     join_.open_cores->Want(own_cores_);
     while (const auto core = join_.open_cores->Begin(own_cores_)) {
       VipsRect place = {static_cast<int>(*core % across) * KELVO_CORE_SIZE,
