@@ -46,6 +46,7 @@ TEST_CASE("shared pieces: many threads do each by itself and leave with their ow
     }
   };
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int i = 0; i < kThreads; ++i) threads.emplace_back(work, i);
   for (std::thread& thread : threads) thread.join();
   CHECK(left_early == 0);
