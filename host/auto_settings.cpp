@@ -50,7 +50,7 @@ Findings MeasureFor(const PictureSettings& settings, const ColourPicture& pictur
     if (findings.any())
       findings.detection = Decide(Measure(picture.image, picture.colour_bands, findings.measured, show_progress));
     const bool sharp = settings.width.automatic && settings.width.For(findings.detection.width) == 0;
-    if (WantsNoise(settings) && !sharp) findings.noise = NoiseOf(picture.image, picture.colour_bands);
+    if (WantsNoise(settings) && !sharp) findings.noise = NoiseOf(picture.image, picture.colour_bands, show_progress);
   } catch (const vips::VError&) {
     throw HostError("cannot measure \"" + name + "\": " + TakeVipsMessages());
   }

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "errors.h"
+#include "tile_operation.h"
 
 namespace kelvo::host {
 namespace {
@@ -95,7 +96,8 @@ ColourPicture AsColourPicture(const vips::VImage& image) {
   const auto colour_bands = ColourBands(converted);
   if (!colour_bands) throw HostError("its colour space " + space + " could not be converted to sRGB");
   const std::string depth = converted.format() == VIPS_FORMAT_UCHAR ? "8" : "16";
-  return {converted, *colour_bands, "converted from " + space + " to sRGB with " + depth + " bits per sample"};
+  // Windows of tiles overlap, and conversion is dear.
+  return {InCache(converted), *colour_bands, "converted from " + space + " to sRGB with " + depth + " bits per sample"};
 }
 
 }  // namespace kelvo::host

@@ -3,18 +3,15 @@
 #include <algorithm>
 #include <cstdlib>
 #include <mutex>
-#include <new>
 #include <numeric>
-#include <vector>
 
 #include "analysis/jpeg_grid.h"
 #include "analysis/width_votes.h"
 #include "api/calls.h"
 #include "cpu_level.h"
 #include "errors.h"
-#include "interrupt.h"
-#include "progress.h"
 #include "staging.h"
+#include "tile_scan.h"
 #include "tile_window.h"
 
 namespace kelvo::host {
@@ -41,7 +38,7 @@ struct Job {
 // What one thread owns.
 class Worker {
  public:
-  explicit Worker(Job& job) : job_(job), window_(job.image), heap_(KELVO_HEAP_WORDS) {}
+  explicit Worker(Job& job) : job_(job), window_(job.image), heap_(NewHeap()) {}
 
   bool Measure(int top, int left) {
     if (!window_.MoveTo(top, left)) return false;
@@ -56,8 +53,8 @@ class Worker {
     params.ImageHeight = job_.image->Ysize;
     params.TileTop = top;
     params.TileLeft = left;
-    if (job_.wanted.width) Call(Operation::kDetectBlurWidth, params, heap_.data(), ChosenRoutines());
-    if (job_.wanted.grid) Call(Operation::kDetectJpegGrid, params, heap_.data(), ChosenRoutines());
+    if (job_.wanted.width) Call(Operation::kDetectBlurWidth, params, heap_.get(), ChosenRoutines());
+    if (job_.wanted.grid) Call(Operation::kDetectJpegGrid, params, heap_.get(), ChosenRoutines());
     sums_.Add(params);
     return true;
   }
@@ -71,41 +68,19 @@ class Worker {
   template <Sample T>
   void Stage() {
     if (job_.colour_bands < 3) {
-      window_.Fill<T>(heap_.data(), [](const T* pixel) { return DisplayOf(pixel[0]); });
+      window_.Fill<T>(heap_.get(), [](const T* pixel) { return DisplayOf(pixel[0]); });
       return;
     }
-    window_.Fill<T>(heap_.data(), [](const T* pixel) {
+    window_.Fill<T>(heap_.get(), [](const T* pixel) {
       return (kRed * DisplayOf(pixel[0]) + kGreen * DisplayOf(pixel[1]) + kBlue * DisplayOf(pixel[2])) >> 7;
     });
   }
 
   Job& job_;
   TileWindow window_;
-  std::vector<int32_t> heap_;
+  WorkHeap heap_;
   DetectionSums sums_;
 };
-
-// libvips calls these three; no exception may leave them.
-void* StartWorker(VipsImage*, void* job, void*) try {
-  return new Worker(*static_cast<Job*>(job));
-} catch (const std::bad_alloc&) {
-  vips_error("kelvo", "out of memory: a thread needs a work heap of 4 MiB");
-  return nullptr;
-}
-
-int MeasureTile(VipsRegion* place, void* worker, void*, void*, gboolean*) {
-  if (StopRequested()) {
-    vips_error("kelvo", "interrupted");
-    return -1;
-  }
-  return static_cast<Worker*>(worker)->Measure(place->valid.top, place->valid.left) ? 0 : -1;
-}
-
-int StopWorker(void* worker, void*, void*) {
-  static_cast<Worker*>(worker)->HandIn();
-  delete static_cast<Worker*>(worker);
-  return 0;
-}
 
 // How often the sums must be halved to fit a block.
 int HalvingsFor(const DetectionSums& sums) {
@@ -190,12 +165,7 @@ DetectionSums Measure(const vips::VImage& image, int colour_bands, Wanted wanted
   if (image.format() != VIPS_FORMAT_UCHAR && image.format() != VIPS_FORMAT_USHORT)
     throw HostError("only 8- and 16-bit pictures can be cut into tiles");
   Job job{image.get_image(), colour_bands, wanted, {}, {}};
-  // An empty picture of the same size hands out the places of the tiles.
-  const vips::VImage places = vips::VImage::black(image.width(), image.height());
-  const Progress progress(places, "measuring", show_progress);
-  if (vips_sink_tile(places.get_image(), KELVO_CORE_SIZE, KELVO_CORE_SIZE, StartWorker, MeasureTile, StopWorker, &job,
-                     nullptr) != 0)
-    throw vips::VError();
+  ScanTiles<Worker>(image, job, show_progress);
   return job.sums;
 }
 

@@ -32,7 +32,7 @@ struct Bands {
 class Worker {
  public:
   Worker(VipsImage* image, const Bands& bands)
-      : bands_(bands), window_(image), heap_(KELVO_HEAP_WORDS), alpha_changes_(kCorePixels) {}
+      : bands_(bands), window_(image), heap_(NewHeap()), alpha_changes_(kCorePixels) {}
 
   template <Sample T>
   bool Compute(VipsRegion* out) {
@@ -60,7 +60,7 @@ class Worker {
   template <Sample T, class Display>
   void Run(Display display) {
     TileParams params{};
-    const Tile tile(params, heap_.data(), ChosenRoutines());
+    const Tile tile(params, heap_.get(), ChosenRoutines());
     for (int row = kContextFirst; row < kContextEnd; ++row)
       for (int column = kContextFirst; column < kContextEnd; ++column)
         tile.At(kDisplay, row, column) = display(window_.Pixel<T>(row, column));
@@ -109,7 +109,7 @@ class Worker {
 
   const Bands& bands_;
   TileWindow window_;
-  std::vector<int32_t> heap_;
+  WorkHeap heap_;
   std::vector<int32_t> alpha_changes_;  // display values, by output pixel of the tile
 };
 

@@ -9,6 +9,7 @@
 #include <filesystem>
 
 #include "errors.h"
+#include "tile_operation.h"
 #include "vips_setup.h"
 
 namespace kelvo::host {
@@ -103,6 +104,9 @@ vips::VImage OpenPicture(const std::string& path, std::vector<std::string>& note
                                            ->set("out", &image)
                                            ->set("access", VIPS_ACCESS_RANDOM)
                                            ->set("fail_on", VIPS_FAIL_ON_ERROR));
+    // Others are decoded as a whole when they are first asked for a pixel.
+    const bool decoded_in_parts = (vips_foreign_flags(loader.c_str(), path.c_str()) & VIPS_FOREIGN_PARTIAL) != 0;
+    if (decoded_in_parts) image = InCache(image);
   } catch (const vips::VError&) {
     RefuseToRead(path, TakeVipsMessages());
   }

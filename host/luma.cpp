@@ -5,32 +5,36 @@
 #include <limits>
 
 #include "staging.h"
+#include "tile_operation.h"
+#include "tile_window.h"
 #include "tiling.h"
 
 namespace kelvo::host {
 namespace {
 
-// ITU-R BT.601, in 1/65536.
-constexpr int64_t kRed = 19595, kGreen = 38470, kBlue = 7471;
+// ITU-R BT.601, in 1/65536. Weighted sums of white fit 32 bits without sign.
+constexpr uint32_t kRed = 19595, kGreen = 38470, kBlue = 7471;
 static_assert(kRed + kGreen + kBlue == 65536);
 
 constexpr int kColourBands = 3;
-constexpr int64_t kWhite16 = 65535;
+constexpr int32_t kWhite16 = 65535;
+
+// Samples of T count as this many of 16 bits.
+template <Sample T>
+constexpr int32_t kScaleOf = kWhite16 / std::numeric_limits<T>::max();
 
 // 0..65535, rounded to nearest; white of any depth is 65535, and a gray pixel of 16 bits keeps its value.
 template <Sample T>
 uint16_t LumaOf(const T* pixel) {
-  constexpr int64_t kScale = kWhite16 / std::numeric_limits<T>::max();
-  const int64_t sum = kRed * pixel[0] + kGreen * pixel[1] + kBlue * pixel[2];
-  return static_cast<uint16_t>((sum * kScale + 32768) >> 16);
+  const uint32_t sum = kRed * pixel[0] + kGreen * pixel[1] + kBlue * pixel[2];
+  return static_cast<uint16_t>((sum * uint32_t{kScaleOf<T>} + 32768) >> 16);
 }
 
-// The pixel with the luma `after` instead of `before`, both 0..65535. Differences between channels are kept where the
-// range allows it, else scaled down so that the outermost channel ends at the border of the range.
+// The pixel with the luma `after` instead of `before`, both 0..65535, where differences between channels do not fit the
+// range: they are scaled down so that the outermost channel ends at the border of the range.
 template <Sample T>
-void GiveLuma(T* pixel, int64_t before, int64_t after) {
-  constexpr int64_t kScale = kWhite16 / std::numeric_limits<T>::max();
-  if (before == after) return;
+void Squeeze(T* pixel, int64_t before, int64_t after) {
+  constexpr int64_t kScale = kScaleOf<T>;
   const auto [low, high] = std::minmax({pixel[0], pixel[1], pixel[2]});
   const int64_t below = before - low * kScale, above = high * kScale - before;
   // The share of the differences that remains is room / need, at most 1.
@@ -50,12 +54,25 @@ void GiveLuma(T* pixel, int64_t before, int64_t after) {
   }
 }
 
+// The pixel with the luma `after` instead of `before`. Differences between channels are kept where the range allows it.
+template <Sample T>
+void GiveLuma(T* pixel, int32_t before, int32_t after) {
+  constexpr int32_t kScale = kScaleOf<T>;
+  const int32_t shift = after - before;
+  const int32_t moved[kColourBands] = {pixel[0] * kScale + shift, pixel[1] * kScale + shift, pixel[2] * kScale + shift};
+  const auto [low, high] = std::minmax({moved[0], moved[1], moved[2]});
+  if (low < 0 || high > kWhite16) return Squeeze(pixel, before, after);
+  for (int band = 0; band < kColourBands; ++band) pixel[band] = static_cast<T>((moved[band] + kScale / 2) / kScale);
+}
+
 template <Sample T>
 void LumaLine(const VipsRegion* in, VipsRegion* out, int row) {
   const VipsRect& area = out->valid;
   const T* pixel = reinterpret_cast<const T*>(VIPS_REGION_ADDR(in, area.left, row));
   auto* luma = reinterpret_cast<uint16_t*>(VIPS_REGION_ADDR(out, area.left, row));
-  for (int i = 0; i < area.width; ++i, pixel += in->im->Bands) luma[i] = LumaOf(pixel);
+  WithSpacing(in->im->Bands, [&](auto spacing) {
+    for (int i = 0; i < area.width; ++i) luma[i] = LumaOf(pixel + i * spacing);
+  });
 }
 
 int ComputeLuma(VipsRegion* out, void* sequence, void*, void*, gboolean*) {
@@ -91,6 +108,7 @@ void Keep(VipsImage* user, const vips::VImage& used) {
   g_object_set_data_full(G_OBJECT(user), "kelvo-luma-input", g_object_ref(used.get_image()), g_object_unref);
 }
 
+// Cached, as windows of tiles overlap: each pixel is asked for five times.
 vips::VImage Luma(const vips::VImage& image) {
   vips::VImage luma(vips_image_new());
   VipsImage* out = luma.get_image();
@@ -101,7 +119,7 @@ vips::VImage Luma(const vips::VImage& image) {
   out->Type = VIPS_INTERPRETATION_GREY16;
   if (vips_image_generate(out, vips_start_one, ComputeLuma, vips_stop_one, image.get_image(), nullptr) != 0)
     throw vips::VError();
-  return luma;
+  return InCache(luma);
 }
 
 }  // namespace

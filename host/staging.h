@@ -28,7 +28,8 @@ constexpr int32_t DisplayOf(uint8_t sample) {
   return sample * KELVO_LEVEL;
 }
 constexpr int32_t DisplayOf(uint16_t sample) {
-  return (sample * 2 * kSample16PerDisplayDen + kSample16PerDisplayNum) / (2 * kSample16PerDisplayNum);
+  // 128 / 257 = (1 - 1 / 257) / 2, and taking the whole 257ths first leaves halves and less to drop.
+  return (sample - sample / kSample16PerDisplayNum) >> 1;
 }
 
 // A difference or value in display units as a number of samples, halves rounded up. |display| up to 32767.

@@ -35,12 +35,16 @@ vips::VImage TilesOf(VipsImage* out, VipsImage* in, const TilesShape& shape, con
   if (vips_image_generate(out, generator.start, generator.compute, generator.stop, in, generator.settings) != 0)
     throw vips::VError();
   g_object_ref(out);  // taken over by the next line
-  return vips::VImage(out).tilecache(vips::VImage::option()
-                                         ->set("tile_width", int{KELVO_CORE_SIZE})
-                                         ->set("tile_height", int{KELVO_CORE_SIZE})
-                                         ->set("max_tiles", CachedTiles(out))
-                                         ->set("access", VIPS_ACCESS_RANDOM)
-                                         ->set("threaded", true));
+  return InCache(vips::VImage(out));
+}
+
+vips::VImage InCache(const vips::VImage& image) {
+  return image.tilecache(vips::VImage::option()
+                             ->set("tile_width", int{KELVO_CORE_SIZE})
+                             ->set("tile_height", int{KELVO_CORE_SIZE})
+                             ->set("max_tiles", CachedTiles(image.get_image()))
+                             ->set("access", VIPS_ACCESS_RANDOM)
+                             ->set("threaded", true));
 }
 
 }  // namespace kelvo::host

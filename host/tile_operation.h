@@ -38,6 +38,10 @@ inline TilesShape ShapeOf(const vips::VImage& image) {
 // once as long as the result is read in rows of tiles. Throws vips::VError.
 vips::VImage TilesOf(VipsImage* out, VipsImage* in, const TilesShape& shape, const Generator& generator);
 
+// The picture with a cache of tiles behind it: each is asked for once as long as the result is read in rows of tiles.
+// Throws vips::VError.
+vips::VImage InCache(const vips::VImage& image);
+
 // libvips calls these three; no exception may leave them. A Worker is what one thread owns: made of the picture and the
 // Settings, it has bool Compute<T>(VipsRegion* out), which fills the valid area of `out`, a tile of the grid, or leaves
 // a message in the libvips error buffer and returns false.
@@ -56,8 +60,11 @@ struct TileFunctions {
   }
 
   template <class Sample>
-  static int Compute(VipsRegion* out, void* worker, void*, void*, gboolean*) {
+  static int Compute(VipsRegion* out, void* worker, void*, void*, gboolean*) try {
     return MayGoOn() && static_cast<Worker*>(worker)->template Compute<Sample>(out) ? 0 : -1;
+  } catch (const std::bad_alloc&) {
+    vips_error("kelvo", "out of memory");
+    return -1;
   }
 
   static VipsGenerateFn ComputeFor(VipsBandFormat format) {

@@ -32,8 +32,8 @@ bool TileWindow::MoveTo(int top, int left, TileRange range) {
   };
   const auto [first_row, last_row] = ends(rows_);
   const auto [first_column, last_column] = ends(columns_);
-  VipsRect source = {*first_column, *first_row, *last_column - *first_column + 1, *last_row - *first_row + 1};
-  return vips_region_prepare(region_, &source) == 0;
+  source_ = {*first_column, *first_row, *last_column - *first_column + 1, *last_row - *first_row + 1};
+  return vips_region_prepare(region_, &source_) == 0;
 }
 
 }  // namespace kelvo::host

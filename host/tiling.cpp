@@ -24,8 +24,7 @@ struct Operation {
 // as display values: the change against flat ground, or the library's own value.
 class Worker {
  public:
-  Worker(VipsImage* image, const Operation& operation)
-      : operation_(operation), window_(image), heap_(KELVO_HEAP_WORDS) {}
+  Worker(VipsImage* image, const Operation& operation) : operation_(operation), window_(image), heap_(NewHeap()) {}
 
   // Computes the core that is the valid area of `out`. False with a message in the libvips error buffer.
   template <Sample T>
@@ -37,7 +36,7 @@ class Worker {
     if (!window_.MoveTo(top, left)) return false;
     for (int band = 0; band < operation_.colour_bands; ++band) {
       Stage<T>(band);
-      if (!Call(top, left)) return false;
+      if (!Call<T>(top, left)) return false;
       Give<T>(out, band);
     }
     return true;
@@ -46,9 +45,10 @@ class Worker {
  private:
   template <Sample T>
   void Stage(int band) {
-    window_.Fill<T>(heap_.data(), [band](const T* pixel) { return DisplayOf(pixel[band]); });
+    window_.Fill<T>(heap_.get(), [band](const T* pixel) { return DisplayOf(pixel[band]); });
   }
 
+  template <Sample T>
   bool Call(int top, int left) {
     // A fresh block for each call: results must not depend on what was computed before.
     TileParams params = operation_.task.params;
@@ -56,38 +56,57 @@ class Worker {
     params.ImageHeight = window_.region()->im->Ysize;
     params.TileTop = top;
     params.TileLeft = left;
-    if (operation_.task.call(params, heap_.data()) != KELVO_OK) {
+    if (operation_.task.call(params, heap_.get()) != KELVO_OK) {
       vips_error("kelvo", "tile at row %d, column %d: %s", top, left, params.Message);
       return false;
     }
-    if (flat_ground_.empty()) TabulateFlatGround(params);
+    if (flat_ground_.empty()) TabulateFlatGround<T>(params);
     return true;
   }
 
-  void TabulateFlatGround(const TileParams& done) {
-    for (int32_t staged = 0; staged <= KELVO_DISPLAY_WHITE; ++staged) {
-      flat_ground_.push_back(operation_.task.flat_ground(done, staged));
-    }
+  // 8-bit samples have a place each, others share one by their display value.
+  template <Sample T>
+  static int FlatGroundPlace(T sample) {
+    return std::same_as<T, uint8_t> ? sample : DisplayOf(sample);
   }
 
   template <Sample T>
+  void TabulateFlatGround(const TileParams& done) {
+    const int32_t step = std::same_as<T, uint8_t> ? KELVO_LEVEL : 1;
+    for (int32_t staged = 0; staged <= KELVO_DISPLAY_WHITE; staged += step)
+      flat_ground_.push_back(static_cast<int16_t>(operation_.task.flat_ground(done, staged)));
+  }
+
+  // Cells outside the picture, which nobody reads, become 0.
+  template <Sample T>
   void Give(VipsRegion* out, int band) const {
     const VipsRect& core = out->valid;
+    const int inside = std::min(core.width, window_.region()->im->Xsize - window_.column(KELVO_CORE_START));
     for (int row = 0; row < core.height; ++row) {
       const int32_t* result = &heap_[KELVO_TILE_SIZE * (KELVO_CORE_START + row) + KELVO_CORE_START];
       auto* value = reinterpret_cast<int16_t*>(VIPS_REGION_ADDR(out, core.left, core.top + row)) + band;
-      for (int column = 0; column < core.width; ++column, value += operation_.colour_bands) {
-        const T original = window_.Pixel<T>(KELVO_CORE_START + row, KELVO_CORE_START + column)[band];
-        const int32_t flat = operation_.task.raw_values ? 0 : flat_ground_[DisplayOf(original)];
-        *value = static_cast<int16_t>(result[column] - flat);
+      const T* original = window_.Pixel<T>(KELVO_CORE_START + row, KELVO_CORE_START) + band;
+      if (operation_.task.raw_values) {
+        GiveRow(value, core.width, inside, [result](int column) { return result[column]; });
+      } else {
+        GiveRow(value, core.width, inside, [&, bands = window_.bands()](int column) {
+          return result[column] - flat_ground_[FlatGroundPlace(original[column * bands])];
+        });
       }
     }
   }
 
+  template <class Function>
+  void GiveRow(int16_t* value, int width, int inside, Function value_at) const {
+    const int spacing = operation_.colour_bands;
+    for (int i = 0; i < inside; ++i) value[i * spacing] = static_cast<int16_t>(value_at(i));
+    for (int i = inside; i < width; ++i) value[i * spacing] = 0;
+  }
+
   const Operation& operation_;
   TileWindow window_;
-  std::vector<int32_t> heap_;
-  std::vector<int32_t> flat_ground_;  // by staged value, from the first call on
+  WorkHeap heap_;
+  std::vector<int16_t> flat_ground_;  // by FlatGroundPlace, from the first call on
 };
 
 }  // namespace

@@ -20,6 +20,11 @@ test_good_runs() {
   has deep-out.png interpretation "$(field interpretation deep.png)"
   run 0 restore deep.tif -o deep-out.tif --width 3
   same_pixels deep-out.png deep-out.tif
+  # libvips maps its own format into memory in strips, wider than what is asked for.
+  vips crop big.png wide.v 0 0 700 300 && vips copy wide.v wide.png --interpretation srgb
+  run 0 restore wide.v -o mapped-out.png --width 3 --noise 0
+  run 0 restore wide.png -o wide-out.png --width 3 --noise 0
+  same_pixels mapped-out.png wide-out.png
 }
 
 # Directions tell lines apart, half a turn makes none, and the blur comes off.
@@ -269,6 +274,37 @@ test_force() {
   cmp -s place.png kept.png || fail "a failed run changed the target"
 }
 
+# Every level that this machine has gives the same file; another name is refused with a list of them.
+test_levels() {
+  export KELVO_CPU=none
+  run 1 restore soft.png -o none.png --width 5
+  says "KELVO_CPU=none: this machine has no such level; use one of plain, "
+  holds "a refused level wrote a file" [ ! -e none.png ]
+  local level levels
+  levels=$(sed -n 's/.*use one of \(.*\), or leave it unset.*/\1/p' err | tr -d ,)
+  for level in "" $levels; do
+    KELVO_CPU=$level
+    run 0 restore soft.png -o "level-$level.png" --width 5 --colour auto
+    silent "level $level"
+    holds "level $level gives another file" cmp level-.png "level-$level.png"
+  done
+  unset KELVO_CPU
+}
+
+# --colour auto is luma from JPEG strength 10 on.
+test_colour_choice() {
+  vips rot rgb.png turned.v d180 && vips bandjoin "gray.png turned.v" mixed.v && vips extract_band mixed.v three.v 0 --n 3
+  vips copy three.v tinted.png --interpretation srgb
+  local strength choice
+  for strength in 9 10; do
+    for choice in auto luma channels; do
+      run 0 restore tinted.png -o $choice.png --width 4 --colour $choice --jpeg $strength --force
+    done
+    differ luma.png channels.png
+    if [ $strength = 9 ]; then same_pixels auto.png channels.png; else same_pixels auto.png luma.png; fi
+  done
+}
+
 # Stops a long run with signal $1 once its temporary file is there.
 test_signal() {
   local signal=$1 status
@@ -287,6 +323,30 @@ test_signal() {
   [ $status = $((128 + $(kill -l "$signal"))) ] || fail "SIG$signal ended with $status"
   [ -z "$(find . -name '.kelvo-*')" ] || fail "SIG$signal left a temporary file"
   cmp -s soft.png kept.png || fail "SIG$signal changed the target"
+}
+
+# Measuring the noise of 400 megapixels takes long enough to be stopped in it, and ends before it is done.
+test_signal_while_measuring() {
+  checks=$((checks + 1))
+  vips black vast.v 1 1
+  python3 - <<'PYTHON'
+header = bytearray(open("vast.v", "rb").read()[:64])
+header[4:12] = (20000).to_bytes(4, "little") * 2  # columns and rows; the pixels are a hole
+with open("vast.v", "wb") as file:
+    file.write(header)
+    file.truncate(64 + 20000 * 20000)
+PYTHON
+  env --default-signal=INT "$kelvo" restore vast.v -o vast.png --width 3 --jpeg 0 --threads 1 --json >out 2>err &
+  local pid=$!
+  for _ in $(seq 100); do
+    [ -n "$(find . -name '.kelvo-*')" ] && break
+    sleep 0.05
+  done
+  sleep 0.1
+  kill -s INT $pid
+  wait $pid
+  told '"outcome":"interrupted"'
+  rm vast.v
 }
 
 test_full_disc() {
@@ -425,7 +485,10 @@ test_usage
 test_files
 test_names
 test_force
+test_levels
+test_colour_choice
 for signal in INT TERM; do test_signal $signal; done
+test_signal_while_measuring
 test_full_disc
 test_detect
 test_auto

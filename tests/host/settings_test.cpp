@@ -1,8 +1,10 @@
 #include <doctest/doctest.h>
 
 #include <array>
+#include <optional>
 
 #include "encoding.h"
+#include "picture_settings.h"
 #include "stored_settings.h"
 #include "width_request.h"
 
@@ -25,6 +27,22 @@ TEST_CASE("settings: widths made of what was found") {
                            "auto+21", "auto+-1", "auto/2", "Auto", "auto 1"}) {
     CAPTURE(text);
     CHECK_FALSE(ParseWidthRequest(text));
+  }
+}
+
+TEST_CASE("settings: brightness alone is restored after JPEG, unless told otherwise") {
+  const struct {
+    std::optional<bool> asked;
+    int jpeg;
+    bool luma;
+  } cases[] = {{{}, 0, false}, {{}, 9, false}, {{}, 10, true}, {{}, 80, true}, {true, 0, true}, {false, 80, false}};
+  for (const auto& wanted : cases) {
+    CAPTURE(wanted.jpeg);
+    PictureSettings settings;
+    settings.luma = wanted.asked;
+    RestoreSettings done;
+    done.jpeg = wanted.jpeg;
+    CHECK(RestoresLuma(settings, done) == wanted.luma);
   }
 }
 

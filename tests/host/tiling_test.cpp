@@ -116,15 +116,19 @@ TEST_CASE("tiles that overlap fade into each other, and each is computed once") 
   constexpr int kOverlap = 16, kStep = 128 - kOverlap;
   const Size size = {500, 300};
   const auto samples = Scene<uint8_t>(size.first, size.second, 1, 6);
-  for (const char* suffix : {".png", ".tif", ".tif[tile,tile-width=256,tile-height=256]"}) {
-    Probe probe{samples, size, 1, {}, {}};
-    void* file = nullptr;
-    size_t bytes = 0;
-    ProcessTiles(PictureOf(samples, size.first, size.second, 1), 1, ProbeTask(probe, kOverlap))
-        .write_to_buffer(suffix, &file, &bytes);
-    g_free(file);
-    CheckEveryTileOnce(probe, kOverlap);
+  for (const int threads : {1, 2, 7}) {
+    vips_concurrency_set(threads);
+    for (const char* suffix : {".png", ".tif", ".tif[tile,tile-width=256,tile-height=256]"}) {
+      Probe probe{samples, size, 1, {}, {}};
+      void* file = nullptr;
+      size_t bytes = 0;
+      ProcessTiles(PictureOf(samples, size.first, size.second, 1), 1, ProbeTask(probe, kOverlap))
+          .write_to_buffer(suffix, &file, &bytes);
+      g_free(file);
+      CheckEveryTileOnce(probe, kOverlap);
+    }
   }
+  vips_concurrency_set(0);
   TileTask task = BlurTask(3, true);
   task.overlap = kOverlap;
   task.call = [](TileParams& params, int32_t* heap) {
