@@ -61,7 +61,7 @@ TileParams Blur(int width, int direction, int accuracy = 0) {
   return settings;
 }
 
-TEST_CASE("digest: blur, every width in every direction; detection; enlargement") {
+TEST_CASE("digest: blur, every width in every direction, detection, enlargement") {
   Digest digest;
   for (int width = 0; width <= 20; ++width)
     for (int direction = 0; direction < 360; ++direction) digest.Call(3, Blur(width, direction));
