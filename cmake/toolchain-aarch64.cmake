@@ -1,5 +1,4 @@
-# 64-bit ARM with Debian's cross compiler, g++-12-aarch64-linux-gnu; tests run under qemu-user. Debian does not install that
-# compiler beside gcc-multilib, which programs of 32 bits need, so scripts/test leaves this build out.
+# 64-bit ARM with Debian's cross compiler, g++-12-aarch64-linux-gnu; tests run under qemu-user.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR aarch64)
 set(CMAKE_C_COMPILER aarch64-linux-gnu-gcc-12)

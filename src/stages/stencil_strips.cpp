@@ -46,7 +46,7 @@ constexpr int RowsFor(int sums) {
 // passes over some of them.
 template <int kWidth>
 struct Plan {
-  static constexpr const disc::DiscBuilder& kBuilder = disc::kDisc<kWidth>;
+  static constexpr disc::DiscBuilder kBuilder = disc::kDisc<kWidth>;  // a copy: some compilers emit what is referred to
   static constexpr int kReach = DiscReach(kWidth);
   static constexpr int kSums = static_cast<int>(kBuilder.View().sums.size());
   static constexpr int kPassSums = RowsFor(kSums) > 1 ? kSums : kRegisters / 4;
