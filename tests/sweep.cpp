@@ -1,8 +1,8 @@
 // kelvo_sweep: runs focus on a heap between guard pages, with wild values in the fields that nobody checks. A read or
 // write outside the heap ends it; a result that is no display value is a failure.
 //
-//   kelvo_sweep slice                      round: every third pair of width and Accuracy; motion: every fifth member;
-//                                          the rest takes turns
+//   kelvo_sweep slice [STEP]               round: every third pair of width and Accuracy; motion: every fifth member;
+//                                          the rest takes turns; of these every STEP-th
 //   kelvo_sweep round FIRST LAST [FILE...] every Accuracy and RemoveNoise at widths FIRST..LAST, on generated tiles and
 //                                          on those in the files: 65536 display values, little-endian 32-bit, row by
 //                                          row
@@ -101,11 +101,11 @@ class Sweep {
   int runs_ = 0, failures_ = 0;
 };
 
-void RunSlice(Sweep& sweep) {
-  for (int turn = 0; turn < 5 * kelvo::kMaxWidth; turn += 3)
+void RunSlice(Sweep& sweep, int step) {
+  for (int turn = 0; turn < 5 * kelvo::kMaxWidth; turn += 3 * step)
     sweep.Run(static_cast<size_t>(turn),
               {turn / 5 + 1, 0, turn % 5 - 2, turn * 3 % 5 - 1, VariantOf(static_cast<size_t>(turn / 3), 1)});
-  for (int index = 0; index < kelvo::motion::kMembers; index += 5) {
+  for (int index = 0; index < kelvo::motion::kMembers; index += 5 * step) {
     const kelvo::motion::Name name = kelvo::motion::NameOf(index);
     const int directions[] = {name.angle + 180, 90 - name.angle, 90 + name.angle, 180 - name.angle};
     sweep.Run(static_cast<size_t>(index / 5), {name.width, directions[index % 4], index % 2 - 2, index % 5 - 1,
@@ -140,7 +140,7 @@ void RunMotion(Sweep& sweep, int first, int last) {
 int main(int argc, char** argv) {
   const std::string mode = argc > 1 ? argv[1] : "";
   if (mode != "slice" && ((mode != "round" && mode != "motion") || argc < 4)) {
-    std::fprintf(stderr, "usage: kelvo_sweep slice | round FIRST LAST [FILE...] | motion FIRST LAST\n");
+    std::fprintf(stderr, "usage: kelvo_sweep slice [STEP] | round FIRST LAST [FILE...] | motion FIRST LAST\n");
     return 2;
   }
   std::vector<TileCells> tiles = {Generated("noise", 1), Generated("wild", 2)};
@@ -149,7 +149,7 @@ int main(int argc, char** argv) {
   Sweep sweep(std::move(tiles));
   const int first = mode == "slice" ? 1 : std::max(1, std::atoi(argv[2]));
   const int last = mode == "slice" ? 1 : std::min(kelvo::kMaxWidth, std::atoi(argv[3]));
-  if (mode == "slice") RunSlice(sweep);
+  if (mode == "slice") RunSlice(sweep, argc > 2 ? std::max(1, std::atoi(argv[2])) : 1);
   if (mode == "round") RunRound(sweep, first, last);
   if (mode == "motion") RunMotion(sweep, first, last);
   return sweep.Finish();
