@@ -61,8 +61,8 @@ void SearchRow(const PairSweep& sweep, const LaneCoder& coder, int first, int co
 }
 
 // How far the pairs of all families reach, and over how many columns.
-struct Extent {
-  explicit Extent(const PairMoves& moves) {
+struct FamilyReach {
+  explicit FamilyReach(const PairMoves& moves) {
     for (int i = 0; i < moves.count; ++i) {
       reach = std::max<int>(reach, moves.sweeps.data()[i].model->reach);
       span = std::max<int>(span, moves.sweeps.data()[i].model->span);
@@ -165,9 +165,9 @@ void MoveInWaves(const PairMoves& moves, const WaveLayout& layout) {
 void MovePairs(const PairMoves& moves) {
   if (moves.count == 0) return;
   if (moves.PairsInRow() < kLanes) return plain::MovePairs(moves);
-  const Extent extent(moves);
-  if (!moves.sweeps[0].undo) return MoveInWaves(moves, WaveLayout(moves, extent.reach, extent.span));
-  const bool tame = FillMisfit(moves.sweeps[0], moves.window.Widened(extent.reach));
+  const FamilyReach families(moves);
+  if (!moves.sweeps[0].undo) return MoveInWaves(moves, WaveLayout(moves, families.reach, families.span));
+  const bool tame = FillMisfit(moves.sweeps[0], moves.window.Widened(families.reach));
   const LaneCoder coder(moves.sweeps.data()[0]);
   for (int i = 0; i < moves.count; ++i)
     for (int row = moves.window.first_row; row < moves.window.end_row; row += moves.stride) {

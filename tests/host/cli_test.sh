@@ -305,20 +305,24 @@ test_colour_choice() {
   done
 }
 
-# Stops a long run with signal $1 once its temporary file is there.
-test_signal() {
-  local signal=$1 status
-  checks=$((checks + 1))
-  cp soft.png kept.png
-  env --default-signal="$signal" "$kelvo" restore big.png -o kept.png --width 7 --accuracy 2 --force 2>err &
-  local pid=$!
+# Sends signal $1 to process $2 once its temporary file is there, and waits for its end.
+stop_once_begun() {
   for _ in $(seq 100); do
     [ -n "$(find . -name '.kelvo-*')" ] && break
     sleep 0.05
   done
   sleep 0.1
-  kill -s "$signal" $pid
-  wait $pid
+  kill -s "$1" "$2"
+  wait "$2"
+}
+
+# Stops a long run with signal $1.
+test_signal() {
+  local signal=$1 status
+  checks=$((checks + 1))
+  cp soft.png kept.png
+  env --default-signal="$signal" "$kelvo" restore big.png -o kept.png --width 7 --accuracy 2 --force 2>err &
+  stop_once_begun "$signal" $!
   status=$?
   [ $status = $((128 + $(kill -l "$signal"))) ] || fail "SIG$signal ended with $status"
   [ -z "$(find . -name '.kelvo-*')" ] || fail "SIG$signal left a temporary file"
@@ -337,14 +341,7 @@ with open("vast.v", "wb") as file:
     file.truncate(64 + 20000 * 20000)
 PYTHON
   env --default-signal=INT "$kelvo" restore vast.v -o vast.png --width 3 --jpeg 0 --threads 1 --json >out 2>err &
-  local pid=$!
-  for _ in $(seq 100); do
-    [ -n "$(find . -name '.kelvo-*')" ] && break
-    sleep 0.05
-  done
-  sleep 0.1
-  kill -s INT $pid
-  wait $pid
+  stop_once_begun INT $!
   told '"outcome":"interrupted"'
   rm vast.v
 }
