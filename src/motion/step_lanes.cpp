@@ -1,4 +1,9 @@
 // The search of plain::StepRow for neighbouring cells at once, one in each lane of a vector.
+#include <array>
+#include <type_traits>
+#include <utility>
+
+#include "motion/step_shape.h"
 #include "motion/step_sweep.h"
 #include "stages/lane_search.h"
 #include "stages/misfit_lanes.h"
@@ -6,172 +11,213 @@
 namespace kelvo::KELVO_TARGET {
 namespace {
 
+// body(0), body(1), .. body(kCount - 1), numbers that are constants.
+template <class Body, int... number>
+[[gnu::always_inline]] inline void ForEach(std::integer_sequence<int, number...> /*numbers*/,
+                                           [[maybe_unused]] Body body) {
+  (body(std::integral_constant<int, number>()), ...);
+}
+template <int kCount, class Body>
+[[gnu::always_inline]] inline void Unrolled(Body body) {
+  ForEach(std::make_integer_sequence<int, kCount>(), body);
+}
+
+// No search gets as far as this many units: its steps are 1, 2, .. 2^kMaxDoublings, and down again.
+constexpr uint32_t kMaxUnits = 4u << kMaxDoublings;
+constexpr int kMaxScaleShift = 1;
+
+// Whether trials of the lanes are free of sums that wrap: within 2^30 are the moves of cells, units times units, and
+// those of the blurred cells, as amounts go.
+bool IsTame(const StepSweep& sweep, Vector unit) {
+  static_assert(kMaxUnits << kMaxScaleShift <= 1 << 13 && kGreatestAmount <= 1 << 17);
+  return sweep.scale_shift <= kMaxScaleShift && !Any(Magnitude(unit) >> (30 - 12 - kMaxScaleShift));
+}
+
+// What a step changes of the blurred cells, for Product.
+struct LaneAmounts {
+  explicit LaneAmounts(const StepModel& model) {
+    Prepare(model.rising, rising);
+    Prepare(model.falling, falling);
+  }
+  static void Prepare(const StepSide& side, Vector* amounts) {
+    for (int i = 0; i < side.count; ++i) amounts[i] = AsLarge(All(Bits(side.amounts[static_cast<size_t>(i)])));
+  }
+  Vector rising[StepSide::kMax], falling[StepSide::kMax];
+};
+
 // The cells `cell`, `cell + 1`, .. of a sweep under search: a trial of LaneSearch. Every lane is a StepTrial; the loads
-// are contiguous. As with pairs (round/pair_lanes.h), magnitudes are summed as |r + s| = 2 max(r, -s) - r + s where
-// nothing can wrap.
+// are contiguous. As with pairs (round/pair_lanes.h), magnitudes are summed as |r - s| = 2 max(r, s) - r - s, and a side
+// that rises is kept as what it lacks.
+template <int kShape>
 class StepLanes {
  public:
-  // `tame`: misfits and estimate lie within 2^30 of zero.
-  StepLanes(const StepSweep& sweep, int cell, Vector unit, bool tame)
-      : sweep_(sweep), model_(*sweep.model), cell_(cell), tame_(tame), unit_(unit) {
-    for (int i = 0; i < model_.taps.count; ++i) {
-      values_[i] = Load(sweep.estimate + cell + Tap(i).cell);
-      floors_[i] = Load(sweep.floor + cell + Tap(i).cell);
+  StepLanes(const StepSweep& sweep, const LaneAmounts& amounts, int cell, Vector unit)
+      : sweep_(sweep), amounts_(amounts), estimate_(sweep.estimate + cell), floor_(sweep.floor + cell), unit_(unit) {
+    Unrolled<kTaps>([&](auto i) {
       around_[i] = Vector{};
-      const MovedCell& moved = model_.moved[static_cast<size_t>(i)];
-      for (size_t k = 0; k < static_cast<size_t>(moved.count); ++k)
-        around_[i] += Load(sweep.estimate + cell + moved.neighbours[k]);
-    }
-    SetAmounts();
-    ReadSide(model_.rising, risen_, total_risen_);
-    ReadSide(model_.falling, fallen_, total_fallen_);
-    rising_weight_ = DataWeights(model_.rising.pixel);
-    falling_weight_ = DataWeights(model_.falling.pixel);
+      Unrolled<kCells.moved[i].count>([&](auto k) { around_[i] += Load(estimate_ + kCells.moved[i].neighbours[k]); });
+    });
+    SetMoves();
+    const StepModel& model = *sweep.model;
+    Read(model.falling, cell, fallen_, total_fallen_);
+    Read(model.rising, cell, lacks_, total_lacks_);
+    for (int i = 0; i < model.rising.count; ++i) lacks_[i] = Vector{} - lacks_[i];
+    total_lacks_ = Vector{} - total_lacks_;
+    falling_weight_ = DataWeights(cell + model.falling.pixel);
+    rising_weight_ = DataWeights(cell + model.rising.pixel);
   }
 
   Vector Cost(Vector units) const {
     const Vector scaled = units << sweep_.scale_shift;
-    Vector values[OperatorTaps::kMax], largest{};
-    for (int i = 0; i < model_.taps.count; ++i) {
-      values[i] = values_[i] + amounts_[i] * scaled;
-      largest |= Magnitude(values[i]);
-    }
-    // Steps of less than 2^13 scaled units change no cell by 2^30, as amounts go.
-    const bool tame = tame_ && !Any((Magnitude(scaled) >> 13) | (largest >> 30));
-    return tame ? TameCost(scaled, values) : WildCost(scaled, values);
+    Vector values[kTaps], rough[kTaps];
+    Unrolled<kTaps>([&](auto i) { values[i] = Value<i>(scaled); });
+    Unrolled<kTaps>([&](auto i) {
+      Vector over{};
+      Unrolled<kCells.moved[i].count>(
+          [&](auto k) { over += Greater(values[i], Load(estimate_ + kCells.moved[i].neighbours[k])); });
+      rough[i] = (over << 1) - around_[i] - values[i] * static_cast<uint32_t>(kCells.moved[i].count);
+    });
+    // Both ends see the difference of moved cells that touch, and so it counts half.
+    Unrolled<kCells.touching_count>([&](auto k) {
+      constexpr TouchingCells kPair = kCells.touching[k];
+      const Vector half = Magnitude(values[kPair.first] - values[kPair.second]) >> 1;
+      rough[kPair.first] += half;
+      rough[kPair.second] += half;
+    });
+    Vector cost = Misfit(scaled);
+    Unrolled<kTaps>([&](auto i) { cost += MulHigh(RoughnessWeights<i>(values[i]), rough[i]); });
+    return cost;
   }
 
   void Accept(Vector, Vector) const {}  // every move is taken back
 
   void HalveUnits(Vector lanes) {
     unit_ = Select(lanes, ShiftRightArithmetic(unit_, 1), unit_);
-    SetAmounts();
+    SetMoves();
   }
 
  private:
-  const OperatorTap& Tap(int i) const { return model_.taps.taps[static_cast<size_t>(i)]; }
+  static constexpr StepShape kCells = motion::ShapeOf(kShape);
+  static constexpr int kTaps = kCells.taps.count;
+  static constexpr bool kMirrored = kShape / kBuckets != static_cast<int>(StepOperator::kUnit);
 
-  // TapAmount in every lane, signed. The share of 65536 keeps the low 32 of the 48 bits of the product >> 16.
-  void SetAmounts() {
-    for (int i = 0; i < model_.taps.count; ++i) {
-      const OperatorTap& tap = Tap(i);
-      const Vector half = ShiftRightArithmetic(unit_, 1);
-      Vector amount = tap.base == TapBase::kWhole ? unit_ : tap.base == TapBase::kHalf ? half : half << 1;
-      if (tap.share != 65536) amount = MulHighSigned(amount, All(static_cast<uint32_t>(tap.share) << 16));
-      amounts_[i] = tap.sign < 0 ? Vector{} - amount : amount;
-    }
+  // The first of the taps that move as far as tap `i`, in one direction or the other.
+  static constexpr int FirstLike(int i) {
+    int first = 0;
+    const auto cell = [](int tap) { return kCells.taps.taps[static_cast<size_t>(tap)].cell; };
+    while (first != i && cell(first) != -cell(i)) ++first;
+    return first;
   }
 
-  void ReadSide(const StepSide& side, Vector* residuals, Vector& total) const {
+  // TapAmount in every lane. The share of 65536 keeps the low 32 of the 48 bits of the product >> 16.
+  void SetMoves() {
+    const Vector half = ShiftRightArithmetic(unit_, 1);
+    Unrolled<kTaps>([&](auto i) {
+      if constexpr (FirstLike(i) == i) {
+        constexpr TapBase kBase = kCells.taps.taps[i].base;
+        moves_[i] = kBase == TapBase::kWhole ? unit_ : kBase == TapBase::kHalf ? half : half << 1;
+        const int32_t share = sweep_.model->taps.taps[i].share;
+        if (share != 65536) moves_[i] = MulHighSigned(moves_[i], All(static_cast<uint32_t>(share) << 16));
+      }
+    });
+  }
+
+  template <int i>
+  Vector Value(Vector scaled) const {
+    constexpr OperatorTap kTap = kCells.taps.taps[i];
+    const Vector was = Load(estimate_ + kTap.cell), move = moves_[FirstLike(i)] * scaled;
+    return kTap.sign < 0 ? was - move : was + move;
+  }
+
+  void Read(const StepSide& side, int cell, Vector* residuals, Vector& total) const {
     for (int i = 0; i < side.count; ++i)
-      total += residuals[i] = Load(sweep_.misfit + cell_ + side.cells[static_cast<size_t>(i)]);
+      total += residuals[i] = Load(sweep_.misfit + cell + side.cells[static_cast<size_t>(i)]);
   }
 
   Vector DataWeights(int pixel) const {
-    return Gather(DataWeightTable(sweep_.blurred), ShiftRightArithmetic(Load(sweep_.observed + cell_ + pixel), 16));
+    return Gather(DataWeightTable(sweep_.blurred), ShiftRightArithmetic(Load(sweep_.observed + pixel), 16));
   }
 
-  Vector RoughnessWeights(Vector value, int tap) const {
-    Vector below = ShiftRightArithmetic(value - floors_[tap], 1);
-    below &= Negative(below);
-    const Vector index = Clamp(ShiftRightArithmetic(value + below, 16), kFirstSmoothness, kLastSmoothness);
-    return Gather(SmoothnessTable(sweep_.blurred), index);
+  template <int i>
+  Vector RoughnessWeights(Vector value) const {
+    const Vector below = ShiftRightArithmetic(value - Load(floor_ + kCells.taps.taps[i].cell), 1);
+    const Vector index = ShiftRightArithmetic(value + NegativePart(below), 16);
+    return Gather(SmoothnessTable(sweep_.blurred), Clamp(index, kFirstSmoothness, kLastSmoothness));
   }
 
-  // Adds the differences of moved cells that touch; half from either end. Returns the whole cost.
-  Vector Weighed(Vector risen, Vector fallen, const Vector* values, Vector* rough) const {
-    for (size_t k = 0; k < static_cast<size_t>(model_.touching_count); ++k) {
-      const TouchingCells pair = model_.touching[k];
-      const Vector half = Magnitude(values[pair.first] - values[pair.second]) >> 1;
-      rough[pair.first] += half;
-      rough[pair.second] += half;
+  Vector Misfit(Vector scaled) const {
+    const StepSide &rising = sweep_.model->rising, &falling = sweep_.model->falling;
+    const Vector small = AsSmall(scaled);
+    Vector fallen{}, lacks{};
+    for (int i = 0; i < rising.count; ++i) {
+      const Vector step = Product(small, amounts_.rising[i]);
+      lacks += Greater(lacks_[i], step);
+      if constexpr (kMirrored) fallen += Greater(fallen_[i], step);
     }
-    Vector cost = MulHigh(rising_weight_, risen) + MulHigh(falling_weight_, fallen);
-    for (int i = 0; i < model_.taps.count; ++i) cost += MulHigh(RoughnessWeights(values[i], i), rough[i]);
-    return cost;
-  }
-
-  // Cells of one amount share their product. Two sums, as one addition would have to wait for the other.
-  static Vector TameMisfit(const StepSide& side, const Vector* residuals, Vector total, Vector scaled) {
-    Vector over{}, over_too{};
-    int i = 0;
-    for (int run = 0; run < side.run_count; ++run) {
-      const int end = side.runs[static_cast<size_t>(run)].end;
-      const Vector back = Vector{} - scaled * static_cast<uint32_t>(side.runs[static_cast<size_t>(run)].amount);
-      for (; i + 1 < end; i += 2) {
-        over += Greater(residuals[i], back);
-        over_too += Greater(residuals[i + 1], back);
-      }
-      if (i < end) over += Greater(residuals[i++], back);
-    }
-    return ((over + over_too) << 1) - total + scaled * static_cast<uint32_t>(side.total_amount);
-  }
-
-  Vector TameCost(Vector scaled, const Vector* values) const {
-    Vector rough[OperatorTaps::kMax];
-    for (int i = 0; i < model_.taps.count; ++i) {
-      const MovedCell& moved = model_.moved[static_cast<size_t>(i)];
-      Vector over{};
-      for (size_t k = 0; k < static_cast<size_t>(moved.count); ++k)
-        over += Greater(values[i], Load(sweep_.estimate + cell_ + moved.neighbours[k]));
-      rough[i] = (over << 1) - around_[i] - values[i] * static_cast<uint32_t>(moved.count);
-    }
-    return Weighed(TameMisfit(model_.rising, risen_, total_risen_, scaled),
-                   TameMisfit(model_.falling, fallen_, total_fallen_, Vector{} - scaled), values, rough);
-  }
-
-  static Vector WildMisfit(const StepSide& side, const Vector* residuals, Vector scaled) {
-    Vector misfit{};
-    for (int i = 0; i < side.count; ++i)
-      misfit += Magnitude(residuals[i] + scaled * static_cast<uint32_t>(side.amounts[static_cast<size_t>(i)]));
-    return misfit;
-  }
-
-  Vector WildCost(Vector scaled, const Vector* values) const {
-    Vector rough[OperatorTaps::kMax];
-    for (int i = 0; i < model_.taps.count; ++i) {
-      rough[i] = Vector{};
-      const MovedCell& moved = model_.moved[static_cast<size_t>(i)];
-      for (size_t k = 0; k < static_cast<size_t>(moved.count); ++k)
-        rough[i] += Magnitude(values[i] - Load(sweep_.estimate + cell_ + moved.neighbours[k]));
-    }
-    return Weighed(WildMisfit(model_.rising, risen_, scaled), WildMisfit(model_.falling, fallen_, Vector{} - scaled),
-                   values, rough);
+    if constexpr (!kMirrored)
+      for (int i = 0; i < falling.count; ++i) fallen += Greater(fallen_[i], Product(small, amounts_.falling[i]));
+    const auto misfit = [&](const StepSide& side, Vector over, Vector total) {
+      return (over << 1) - total - scaled * static_cast<uint32_t>(side.total_amount);
+    };
+    return MulHigh(falling_weight_, misfit(falling, fallen, total_fallen_)) +
+           MulHigh(rising_weight_, misfit(rising, lacks, total_lacks_));
   }
 
   const StepSweep& sweep_;
-  const StepModel& model_;
-  int cell_;
-  bool tame_;
+  const LaneAmounts& amounts_;
+  const int32_t *estimate_, *floor_;
   Vector unit_;
-  Vector amounts_[OperatorTaps::kMax], values_[OperatorTaps::kMax], floors_[OperatorTaps::kMax];
-  Vector around_[OperatorTaps::kMax];  // sums of the neighbours that do not move
-  Vector rising_weight_, falling_weight_;
-  Vector total_risen_{}, total_fallen_{};
-  Vector risen_[StepSide::kMax], fallen_[StepSide::kMax];
+  Vector moves_[kTaps];   // of one unit, of every first tap
+  Vector around_[kTaps];  // sums of the neighbours that do not move
+  Vector falling_weight_, rising_weight_;
+  Vector total_fallen_{}, total_lacks_{};
+  Vector fallen_[StepSide::kMax], lacks_[StepSide::kMax];
 };
 
 // The last vector overlaps the one before it and keeps that one's codes.
-void SearchRow(const StepSweep& sweep, const LaneCoder& coder, int first, int count, bool tame) {
+template <int kShape>
+void SearchRow(const StepSweep& sweep, const LaneAmounts& amounts, const LaneCoder& coder, int row, int first,
+               int count) {
   for (int done = 0; done < count; done += kLanes) {
     const int at = done <= count - kLanes ? done : count - kLanes;
-    int32_t* codes = sweep.codes + first + at;
-    const Vector was = Load(codes), previous = LaneCoder::Previous(was);
-    StepLanes trial(sweep, first + at, coder.Units(previous), tame);
+    int32_t* codes = sweep.codes + CellsTo(row, first + at);
+    const Vector was = Load(codes), previous = LaneCoder::Previous(was), unit = coder.Units(previous);
+    if (!IsTame(sweep, unit)) {
+      plain::MoveSteps(sweep, {row, row + 1, first + done, first + at + kLanes});
+      continue;
+    }
+    StepLanes<kShape> trial(sweep, amounts, CellsTo(row, first + at), unit);
     LaneSearch search(trial, All(~0u), coder.FirstSign(previous), HalvesOnReversal(sweep));
     const Vector coded = coder.Coded(was, search.Run());
     for (int i = done - at; i < kLanes; ++i) codes[i] = static_cast<int32_t>(coded[i]);
   }
 }
 
+using RowSearch = void (*)(const StepSweep&, const LaneAmounts&, const LaneCoder&, int row, int first, int count);
+
+template <int kShape>
+constexpr RowSearch SearchOf() {
+  if constexpr (motion::ShapeNumber(static_cast<StepOperator>(kShape / kBuckets), kShape % kBuckets * 5) == kShape)
+    return SearchRow<kShape>;
+  return nullptr;
+}
+
+template <int... shape>
+constexpr std::array<RowSearch, sizeof...(shape)> MakeSearches(std::integer_sequence<int, shape...> /*shapes*/) {
+  return {SearchOf<shape>()...};
+}
+constexpr auto kSearches = MakeSearches(std::make_integer_sequence<int, motion::kShapes>());
+
 }  // namespace
 
 void MoveSteps(const StepSweep& sweep, const Window& window) {
-  if (window.columns() < kLanes) return plain::MoveSteps(sweep, window);
-  const bool tame = FillMisfit(sweep, window.Widened(sweep.model->reach));
+  if (window.columns() < kLanes || !FillMisfit(sweep, window.Widened(sweep.model->reach)))
+    return plain::MoveSteps(sweep, window);
   const LaneCoder coder(sweep);
+  const LaneAmounts amounts(*sweep.model);
+  const RowSearch search = kSearches.data()[sweep.model->shape];
   for (int row = window.first_row; row < window.end_row; ++row)
-    SearchRow(sweep, coder, CellsTo(row, window.first_column), window.columns(), tame);
+    search(sweep, amounts, coder, row, window.first_column, window.columns());
 }
 
 }  // namespace kelvo::KELVO_TARGET

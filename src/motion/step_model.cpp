@@ -18,30 +18,6 @@ constexpr int HalvesOf(const OperatorTap& tap) {
   return tap.base == TapBase::kHalf ? 1 : 2;
 }
 
-constexpr bool Touch(const OperatorTap& a, const OperatorTap& b) {
-  return Abs(a.column - b.column) <= 1 && Abs(a.up - b.up) <= 1;
-}
-
-constexpr void SetNeighbours(StepModel& model) {
-  const OperatorTaps& taps = model.taps;
-  for (int i = 0; i < taps.count; ++i) {
-    MovedCell& moved = model.moved[static_cast<size_t>(i)];
-    for (int up = 1; up >= -1; --up)
-      for (int column = -1; column <= 1; ++column) {
-        bool moves = false;  // the cell itself included
-        for (int j = 0; j < taps.count; ++j)
-          moves = moves || taps.taps[static_cast<size_t>(j)].cell ==
-                               taps.taps[static_cast<size_t>(i)].cell + CellsTo(-up, column);
-        if (moves) continue;
-        moved.neighbours[static_cast<size_t>(moved.count++)] =
-            static_cast<int16_t>(taps.taps[static_cast<size_t>(i)].cell + CellsTo(-up, column));
-      }
-    for (int j = 0; j < i; ++j)
-      if (Touch(taps.taps[static_cast<size_t>(i)], taps.taps[static_cast<size_t>(j)]))
-        model.touching[static_cast<size_t>(model.touching_count++)] = {static_cast<int8_t>(j), static_cast<int8_t>(i)};
-  }
-}
-
 // Numbers by cell around a pixel, as far out as a line and an operator reach.
 struct Response {
   static constexpr int kReach = motion::kLineReach + 3;
@@ -87,17 +63,11 @@ constexpr void Insert(StepSide& side, int cell, int amount) {
   }
   side.amounts[at] = amount;
   side.cells[at] = static_cast<int16_t>(cell);
+  side.total_amount += amount;
 }
 
-constexpr void Finish(StepSide& side) {
+constexpr void Pad(StepSide& side) {
   side.padded = static_cast<int16_t>((side.count + StepSide::kLanes - 1) / StepSide::kLanes * StepSide::kLanes);
-  for (int i = 0; i < side.count; ++i) {
-    const int32_t amount = side.amounts[static_cast<size_t>(i)];
-    if (i == 0 || side.runs[static_cast<size_t>(side.run_count - 1)].amount != amount)
-      side.runs[static_cast<size_t>(side.run_count++)].amount = amount;
-    side.runs[static_cast<size_t>(side.run_count - 1)].end = static_cast<int16_t>(i + 1);
-    side.total_amount += amount;
-  }
 }
 
 // Cells below a sixteenth of the largest amount are left out: they are the noise that rounding the line to eighths
@@ -115,8 +85,8 @@ constexpr void SetSides(StepModel& model, const Response& response) {
       if (amount == 0 || 16 * Abs(amount) < largest) continue;
       Insert(amount > 0 ? model.rising : model.falling, CellsTo(-up, column), Abs(amount));
     }
-  Finish(model.rising);
-  Finish(model.falling);
+  Pad(model.rising);
+  Pad(model.falling);
 }
 
 constexpr void SetReach(StepModel& model) {
@@ -143,13 +113,15 @@ constexpr int16_t MostMoved(const OperatorTaps& taps, int sign) {
 
 constexpr StepModel MakeModel(StepKind kind, int index) {
   const MotionMember member = motion::MakeMember(motion::NameOf(index));
+  const StepOperator step_operator =
+      kind == StepKind::kFine ? FineOperator(member.width) : CoarseOperator(member.width);
   StepModel model{};
-  model.taps = motion::MakeTaps(kind == StepKind::kFine ? FineOperator(member.width) : CoarseOperator(member.width),
-                                member.angle);
-  SetNeighbours(model);
+  static_cast<StepShape&>(model) = motion::MakeShape(step_operator, member.angle);
+  model.shape = static_cast<int16_t>(motion::ShapeNumber(step_operator, member.angle));
   SetSides(model, member.width == 1 && member.angle == 45
                       ? SteepNarrowResponse()
                       : Respond(model.taps, motion::CellsOf(motion::DrawModelLine(member))));
+  assert(step_operator == StepOperator::kUnit || model.rising.amounts == model.falling.amounts);
   SetReach(model);
   model.rising.pixel = MostMoved(model.taps, 1);
   model.falling.pixel = MostMoved(model.taps, -1);

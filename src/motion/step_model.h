@@ -9,17 +9,12 @@
 #include <array>
 #include <cstdint>
 
-#include "motion/step_operator.h"
+#include "motion/step_shape.h"
 
 namespace kelvo {
 
 // The blurred cells that a step changes, in the order of their amounts, largest first. Distances are in cells of a
 // plane, from the pixel.
-struct StepRun {
-  int32_t amount;
-  int16_t end;  // one past its last cell
-};
-
 struct StepSide {
   static constexpr int kLanes = 8;  // padded to whole vectors of cells with amount 0
   static constexpr int kMax = 64;   // cells, padded
@@ -29,30 +24,12 @@ struct StepSide {
   int16_t padded;  // the same, rounded up to whole vectors
   std::array<int16_t, kMax> cells;
   std::array<int32_t, kMax> amounts;  // magnitude of one unit's change
-  std::array<StepRun, kMax> runs;     // the same, cells of one amount together
-  int16_t run_count;
-  int32_t total_amount;  // the sum of the amounts
+  int32_t total_amount;               // the sum of the amounts
 };
 
-// A moved cell, and the cells around it that do not move.
-struct MovedCell {
-  int16_t count;
-  std::array<int16_t, 8> neighbours;
-};
-
-// Two moved cells that touch, by tap number.
-struct TouchingCells {
-  int8_t first, second;
-};
-
-struct StepModel {
-  static constexpr int kMaxTouching = 40;
-
-  OperatorTaps taps;
-  std::array<MovedCell, OperatorTaps::kMax> moved;  // by tap
-  std::array<TouchingCells, kMaxTouching> touching;
-  int16_t touching_count;
-  StepSide rising, falling;  // where the blurred estimate gains, and where it loses
+struct StepModel : StepShape {
+  int16_t shape;             // its number
+  StepSide rising, falling;  // where the blurred estimate gains, and where it loses; of the same amounts, but for kUnit
   int16_t reach;             // rows and columns to any neighbour or any of their cells
 };
 

@@ -50,11 +50,12 @@ void StoreCodes(int32_t* codes, Vector coded, int skip) {
 
 // The last vector overlaps the one before it and keeps that one's codes.
 template <int kStride>
-void SearchRow(const PairSweep& sweep, const LaneCoder& coder, int first, int count, bool tame) {
+void SearchRow(const PairSweep& sweep, const PairAmounts& amounts, const LaneCoder& coder, int first, int count,
+               bool tame) {
   for (int done = 0; done < count; done += kLanes) {
     const int at = done <= count - kLanes ? done : count - kLanes, cell = first + kStride * at;
     const Vector codes = LoadCodes<kStride>(sweep.codes + cell), previous = LaneCoder::Previous(codes);
-    PairLanes<RowCells<kStride>> trial(sweep, {sweep, cell}, coder.Units(previous), tame);
+    PairLanes<RowCells<kStride>> trial(sweep, amounts, {sweep, cell}, coder.Units(previous), tame);
     LaneSearch search(trial, All(~0u), coder.FirstSign(previous), HalvesOnReversal(sweep));
     StoreCodes<kStride>(sweep.codes + cell, coder.Coded(codes, search.Run()), done - at);
   }
@@ -99,7 +100,7 @@ void GiveBack(const MoveSweep& sweep, const WaveLayout& layout, const WavePlanes
 class WaveSweep {
  public:
   WaveSweep(const PairMoves& moves, const PairSweep& sweep, const WaveLayout& layout)
-      : sweep_(sweep), model_(layout, *sweep.model), layout_(layout), coder_(sweep) {
+      : sweep_(sweep), model_(layout, *sweep.model), layout_(layout), coder_(sweep), amounts_(*sweep.model) {
     first_ = layout.margin();
     last_ = first_ + moves.stride * (moves.PairsInRow() - 1);
     first_row_ = layout.margin() / moves.stride;
@@ -131,7 +132,7 @@ class WaveSweep {
     Vector active{};
     const Vector at = CellsOf(wave, active), codes = Gather(sweep_.codes, at), previous = LaneCoder::Previous(codes);
     const WaveCells cells(sweep_, model_, planes, at);
-    PairLanes<WaveCells> trial(sweep_, cells, coder_.Units(previous), false);
+    PairLanes<WaveCells> trial(sweep_, amounts_, cells, coder_.Units(previous), false);
     LaneSearch search(trial, active, coder_.FirstSign(previous), HalvesOnReversal(sweep_));
     const Vector units = search.Run(), coded = coder_.Coded(codes, units);
     if (Any(units)) cells.Finish(units, trial.spread());
@@ -143,6 +144,7 @@ class WaveSweep {
   WaveModel model_;
   const WaveLayout& layout_;
   LaneCoder coder_;
+  PairAmounts amounts_;
   int first_, last_, first_row_, end_row_;
 };
 
@@ -169,11 +171,13 @@ void MovePairs(const PairMoves& moves) {
   if (!moves.sweeps[0].undo) return MoveInWaves(moves, WaveLayout(moves, families.reach, families.span));
   const bool tame = FillMisfit(moves.sweeps[0], moves.window.Widened(families.reach));
   const LaneCoder coder(moves.sweeps.data()[0]);
-  for (int i = 0; i < moves.count; ++i)
-    for (int row = moves.window.first_row; row < moves.window.end_row; row += moves.stride) {
-      const auto search = moves.stride == 1 ? SearchRow<1> : SearchRow<2>;
-      search(moves.sweeps.data()[i], coder, CellsTo(row, moves.window.first_column), moves.PairsInRow(), tame);
-    }
+  const auto search = moves.stride == 1 ? SearchRow<1> : SearchRow<2>;
+  for (int i = 0; i < moves.count; ++i) {
+    const PairSweep& sweep = moves.sweeps.data()[i];
+    const PairAmounts amounts(*sweep.model);
+    for (int row = moves.window.first_row; row < moves.window.end_row; row += moves.stride)
+      search(sweep, amounts, coder, CellsTo(row, moves.window.first_column), moves.PairsInRow(), tame);
+  }
 }
 
 }  // namespace kelvo::KELVO_TARGET

@@ -7,6 +7,14 @@
 
 namespace kelvo::KELVO_TARGET {
 
+// What a move changes of the blurred cells, for Product.
+struct PairAmounts {
+  explicit PairAmounts(const PairModel& model) {
+    for (int i = 0; i < model.side; ++i) of[i] = AsLarge(All(Bits(model.amounts[static_cast<size_t>(i)])));
+  }
+  Vector of[PairModel::kMaxSide];
+};
+
 // A trial of LaneSearch. `Cells` reads the planes around the lanes' pairs, by distance in cells:
 //   A, B; NeighbourA, NeighbourB (i)  the estimate at the pixels and at their neighbours
 //   Floor, Observed (distance)        those planes
@@ -21,8 +29,8 @@ template <class Cells>
 class PairLanes {
  public:
   // `tame`: misfits and estimate are known to lie within 2^30 of zero; Cells::kChanging: nothing is known of them.
-  PairLanes(const PairSweep& sweep, const Cells& cells, Vector unit, bool tame)
-      : sweep_(sweep), model_(*sweep.model), unit_(unit), tame_(tame) {
+  PairLanes(const PairSweep& sweep, const PairAmounts& amounts, const Cells& cells, Vector unit, bool tame)
+      : sweep_(sweep), model_(*sweep.model), amounts_(amounts), unit_(unit), tame_(tame) {
     a_ = cells.A();
     b_ = cells.B();
     floor_a_ = cells.Floor(model_.a);
@@ -78,13 +86,11 @@ class PairLanes {
 
   Vector TameCost(Vector scaled, Vector a, Vector b) const {
     Vector over_a{}, over_b{}, rough_a{}, rough_b{};
-    int i = 0;
-    for (int run = 0; run < model_.run_count; ++run) {
-      const Vector step = scaled * static_cast<uint32_t>(model_.runs[static_cast<size_t>(run)].amount);
-      for (const int end = model_.runs[static_cast<size_t>(run)].end; i < end; ++i) {
-        over_a += Greater(residual_a_[i], step);
-        over_b += Greater(lack_b_[i], step);
-      }
+    const Vector small = AsSmall(scaled);
+    for (int i = 0; i < model_.side; ++i) {
+      const Vector step = Product(small, amounts_.of[i]);
+      over_a += Greater(residual_a_[i], step);
+      over_b += Greater(lack_b_[i], step);
     }
     for (int n = 0; n < PairModel::kNeighbours; ++n) {
       rough_a += Greater(neighbours_a_[n], a);
@@ -113,6 +119,7 @@ class PairLanes {
 
   const PairSweep& sweep_;
   const PairModel& model_;
+  const PairAmounts& amounts_;
   Vector unit_;
   bool tame_;
   Vector a_, b_, floor_a_, floor_b_, data_weight_a_, data_weight_b_;

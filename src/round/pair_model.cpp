@@ -117,16 +117,7 @@ constexpr void Insert(PairModel& model, int cell, int32_t amount) {
   model.cells_b[i] = static_cast<int16_t>(cell);
   model.cells_a[i] = static_cast<int16_t>(model.a + model.b - cell);
   model.amounts[i] = amount;
-}
-
-constexpr void SetRuns(PairModel& model) {
-  for (int i = 0; i < model.side; ++i) {
-    const int32_t amount = model.amounts[static_cast<size_t>(i)];
-    if (i == 0 || model.runs[static_cast<size_t>(model.run_count - 1)].amount != amount)
-      model.runs[static_cast<size_t>(model.run_count++)].amount = amount;
-    model.runs[static_cast<size_t>(model.run_count - 1)].end = static_cast<int16_t>(i + 1);
-    model.total_amount += amount;
-  }
+  model.total_amount += amount;
 }
 
 // The rising side of the response, and the falling one by symmetry. Of a coarse pair's response the cells below a
@@ -150,7 +141,6 @@ constexpr void SetResponse(PairModel& model, PairKind kind, const PairShape& sha
       if (amount <= 0 || (kind == PairKind::kCoarse && 4 * amount < largest)) continue;
       Insert(model, CellsTo(row, column), amount);
     }
-  SetRuns(model);
   model.padded = static_cast<int16_t>((model.side + PairModel::kLanes - 1) / PairModel::kLanes * PairModel::kLanes);
 }
 

@@ -35,12 +35,6 @@ struct SpreadCell {
   int16_t weight;
 };
 
-// Cells of one amount, up to cell number `end`.
-struct PairRun {
-  int32_t amount;
-  int16_t end;
-};
-
 struct PairModel {
   static constexpr int kLanes = 8;     // sides are padded to whole vectors of cells with amount 0
   static constexpr int kMaxSide = 96;  // cells on one side, padded
@@ -57,9 +51,7 @@ struct PairModel {
   int16_t padded;  // the same, rounded up to whole vectors
   std::array<int16_t, kMaxSide> cells_b, cells_a;  // where the blurred estimate rises, and falls by the same amount
   std::array<int32_t, kMaxSide> amounts;           // of one unit, 1/65536, largest first
-  std::array<PairRun, kMaxSide> runs;              // the same, cells of one amount together
-  int16_t run_count;
-  int32_t total_amount;  // of one side
+  int32_t total_amount;                            // of one side
   std::array<SpreadCell, kMaxSpread> spread;
   int16_t spread_count;
   int16_t spread_shift;  // a step of e changes the pixels by e, and so spreads q = e >> spread_shift

@@ -8,7 +8,7 @@
 namespace kelvo::KELVO_TARGET {
 
 // Fills the misfit's cells of the window, which has the columns of a vector at least. Returns whether all of them and the
-// estimate lie within 2^30 of zero: whether a sum of two of them cannot wrap.
+// estimate lie within 2^29 of zero: whether sums of two of them and a move within 2^30 cannot wrap.
 inline bool FillMisfit(const MoveSweep& sweep, const Window& window) {
   Vector largest{};
   for (int row = window.first_row; row < window.end_row; ++row)
@@ -19,7 +19,7 @@ inline bool FillMisfit(const MoveSweep& sweep, const Window& window) {
       Store(sweep.misfit + cell, misfit);
       largest |= Magnitude(misfit) | Magnitude(Load(sweep.estimate + cell));
     }
-  return !Any(largest >> 30);
+  return !Any(largest >> 29);
 }
 
 }  // namespace kelvo::KELVO_TARGET
