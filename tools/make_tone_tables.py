@@ -2,7 +2,8 @@
 """Prints src/stages/tone_tables.cpp: the forward and inverse tone curves.
 
 Curve k has the exponent p/q below. Every entry is the exact floor of the real value, found with integers only:
-floor(scale * (n/d)^(p/q)) is the largest y with y^q * d^p <= scale^q * n^p.
+floor(scale * (n/d)^(p/q)) is the largest y with y^q * d^p <= scale^q * n^p. The last entry stands twice, so that every
+entry has a next one.
 """
 
 from table_writer import emit, table
@@ -25,12 +26,12 @@ def floor_power(scale, n, d, p, q):
 
 
 def forward(p, q):
-    return [floor_power(LINEAR_WHITE, level, 255, p, q) for level in range(256)]
+    return [floor_power(LINEAR_WHITE, min(level, 255), 255, p, q) for level in range(257)]
 
 
 def inverse(p, q):
     # The index is a linear value >> 12, so index 4080 is white.
-    return [floor_power(DISPLAY_WHITE, index, 4080, q, p) for index in range(4096)]
+    return [floor_power(DISPLAY_WHITE, min(index, 4095), 4080, q, p) for index in range(4097)]
 
 
 emit([
@@ -40,9 +41,9 @@ emit([
     "namespace kelvo {",
     "",
     "// clang-format off",
-    *table("const int32_t kForwardTone[4][256]", [forward(p, q) for p, q in EXPONENTS]),
+    *table("const int32_t kForwardTone[4][257]", [forward(p, q) for p, q in EXPONENTS]),
     "",
-    *table("const int16_t kInverseTone[4][4096]", [inverse(p, q) for p, q in EXPONENTS]),
+    *table("const int16_t kInverseTone[4][4097]", [inverse(p, q) for p, q in EXPONENTS]),
     "// clang-format on",
     "",
     "}  // namespace kelvo",

@@ -368,15 +368,13 @@ struct Neighbours {
   Vector here, next;
 };
 
-// table[index] and table[index + 1] of a table of 4096 entries of 16 bits, read at once. The last entry has no neighbour:
-// it is its own, and read as that of the last but one.
+// table[index] and table[index + 1], read at once.
 inline Neighbours GatherNeighbours(const int16_t* table, Vector index) {
-  const Vector last = Equal(index, All(4095));
-  const Vector both = GatherWords<sizeof *table>(table, index + last);
-  const Vector next = ShiftRightArithmetic(both, 16);
-  return {Select(last, next, ShiftRightArithmetic(both << 16, 16)), next};
+  const Vector both = GatherWords<sizeof *table>(table, index);
+  return {ShiftRightArithmetic(both << 16, 16), ShiftRightArithmetic(both, 16)};
 }
 
+// table[index]; reads the entry behind it as well.
 inline Vector Gather16(const int16_t* table, Vector index) {
   return GatherNeighbours(table, index).here;
 }

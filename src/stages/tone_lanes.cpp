@@ -37,7 +37,7 @@ void LinearBetweenRow(const int32_t* table, const int32_t* from, int32_t* to, in
   if (count < kLanes) return plain::LinearBetweenRow(table, from, to, count);
   ForRow(from, to, count, [table](Vector v) {
     const Vector level = (v >> 7) & kLastLevel;
-    return OnChord(Gather(table, level), Gather(table, Lesser(level + 1, All(kLastLevel))), v & 127, 7);
+    return OnChord(Gather(table, level), Gather(table + 1, level), v & 127, 7);
   });
 }
 

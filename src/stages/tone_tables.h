@@ -13,8 +13,9 @@
 
 namespace kelvo {
 
-extern const int32_t kForwardTone[4][256];
-extern const int16_t kInverseTone[4][4096];
+// The last entry stands twice: beyond it the chords go on level.
+extern const int32_t kForwardTone[4][257];
+extern const int16_t kInverseTone[4][4097];
 
 inline constexpr int32_t kLinearWhite = 255 * 65536;  // linear value of level 255
 
@@ -27,15 +28,15 @@ inline int32_t InverseTone(int curve, int32_t linear) {
   return kInverseTone[curve][Clamp(linear >> 12, 0, 4095)];
 }
 
-// Between the entries of one curve, along the chord, truncated; the last entry goes on level.
+// Between the entries of one curve, along the chord, truncated.
 inline int32_t ForwardToneBetween(const int32_t* entries, int32_t display) {
-  const int level = (display >> 7) & 255, next = level < 255 ? level + 1 : level;
-  return entries[level] + ((entries[next] - entries[level]) * (display & 127) >> 7);
+  const int level = (display >> 7) & 255;
+  return entries[level] + ((entries[level + 1] - entries[level]) * (display & 127) >> 7);
 }
 inline int32_t InverseToneBetween(const int16_t* entries, int32_t linear) {
   const int32_t inside = Clamp(linear, 0, (4096 << 12) - 1);
-  const int index = inside >> 12, next = index < 4095 ? index + 1 : index;
-  return entries[index] + ((entries[next] - entries[index]) * (inside & 4095) >> 12);
+  const int index = inside >> 12;
+  return entries[index] + ((entries[index + 1] - entries[index]) * (inside & 4095) >> 12);
 }
 
 // What a display value becomes when it goes to linear light and back with curve 2. By entry the fraction below a grey
