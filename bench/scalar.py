@@ -1,16 +1,24 @@
-"""Sets the plain level of one run of kelvo-bench against all levels of another: scalar.py SCALAR.json LEVELS.json"""
+"""Sets the plain level of some runs of kelvo-bench against all levels of others, the fastest of each:
+scalar.py SCALAR.json... -- LEVELS.json..."""
 
 import json
 import sys
 
 
-def read(path):
-    with open(path) as file:
-        return json.load(file)
+def fastest(paths):
+    """The cases of runs of the same cases, with the least milliseconds of each level."""
+    runs = []
+    for path in paths:
+        with open(path) as file:
+            runs.append(json.load(file))
+    for rows in zip(*runs):
+        times = [row["milliseconds"] for row in rows]
+        yield {**rows[0], "milliseconds": {level: min(time[level] for time in times) for level in times[0]}}
 
 
 def main():
-    scalar_rows, level_rows = map(read, sys.argv[1:])
+    end = sys.argv.index("--")
+    scalar_rows, level_rows = list(fastest(sys.argv[1:end])), list(fastest(sys.argv[end + 1 :]))
     print(f"\n{level_rows[0]['what']}, by width and direction\n")
     print("| width | direction | without vectors, ms |", " | ".join(level_rows[0]["milliseconds"]), "|")
     print("|---|---|---|" + "---|" * len(level_rows[0]["milliseconds"]))

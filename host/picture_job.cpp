@@ -150,7 +150,10 @@ PictureRecord RunPictureJob(const PictureFile& file, const Options& options, con
   } catch (const std::exception& error) {
     record.error = error.what();
   }
-  if (StopRequested() && !record.error.empty()) record.outcome = Outcome::kInterrupted;
+  if (StopRequested() && !record.error.empty()) {
+    record.outcome = Outcome::kInterrupted;
+    record.error = "interrupted";
+  }
   record.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   return record;
 }

@@ -5,6 +5,7 @@
 #include "analysis/width_fit.h"
 #include "enlarge/reshape.h"
 #include "motion/step_sweep.h"
+#include "motion/tap_row.h"
 #include "round/pair_sweep.h"
 #include "stages/fit_rows.h"
 #include "stages/prefilter/class_rows.h"
@@ -38,6 +39,7 @@ const Routines kRoutines = {.stencil_row = StencilRow,
                             .damp_row = DampRow,
                             .move_pairs = MovePairs,
                             .move_steps = MoveSteps,
+                            .add_tap_row = AddTapRow,
                             .edge_directions = EdgeDirections,
                             .fit_widths = FitWidths,
                             .jpeg_residual_row = JpegResidualRow,

@@ -32,12 +32,9 @@ void StepPass::Apply(const Tile& tile) const {
   for (int row = region.first; row < region.end; ++row) {
     int32_t steps[kTileSize];
     tile.routines().decode_row(scale, tile.Row(kSteps, row, region.first), steps, region.size());
-    for (size_t k = 0; k < static_cast<size_t>(taps.count); ++k) {
-      int32_t amounts[kTileSize];
-      for (int i = 0; i < region.size(); ++i) amounts[i] = TapAmount(taps.taps[k], steps[i]);
-      tile.routines().add_row(taps.taps[k].sign, amounts, tile.Row(kEstimate, row, region.first) + taps.taps[k].cell,
-                              region.size());
-    }
+    for (size_t k = 0; k < static_cast<size_t>(taps.count); ++k)
+      tile.routines().add_tap_row(taps.taps[k], steps, tile.Row(kEstimate, row, region.first) + taps.taps[k].cell,
+                                  region.size());
   }
 }
 

@@ -45,8 +45,10 @@ constexpr uint32_t MulHighUnsigned(uint32_t a, uint32_t b) {
   return static_cast<uint32_t>((static_cast<uint64_t>(a) * b) >> 32);
 }
 
+// low <= high. Two steps, which compilers know as a maximum and a minimum.
 constexpr int32_t Clamp(int32_t value, int32_t low, int32_t high) {
-  return value < low ? low : value > high ? high : value;
+  const int32_t raised = value < low ? low : value;
+  return raised > high ? high : raised;
 }
 
 // Conversions truncate toward zero. What does not fit becomes INT32_MIN or 0: a fixed answer, the same on every

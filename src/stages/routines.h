@@ -19,6 +19,7 @@ struct DetailThresholds;
 class EdgeProfile;
 struct FilterPlanes;
 struct FitPace;
+struct OperatorTap;
 struct PairMoves;
 struct StepSweep;
 struct StepTally;
@@ -68,6 +69,9 @@ struct Routines {
 
   // Searches and codes the steps along a motion of the cells of a window.
   void (*move_steps)(const StepSweep& sweep, const Window& window);
+
+  // Applies steps along a motion, tap by tap (motion/tap_row.h).
+  void (*add_tap_row)(const OperatorTap& tap, const int32_t* steps, int32_t* to, int count);
 
   // The directions of the edges through the points of a row (analysis/edge_direction.h).
   void (*edge_directions)(const int32_t* first, int32_t* directions, int count);

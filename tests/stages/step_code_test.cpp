@@ -2,6 +2,7 @@
 
 #include <doctest/doctest.h>
 
+#include "motion/tap_row.h"
 #include "stages/routines.h"
 #include "support/levels.h"
 #include "support/tiles.h"
@@ -102,11 +103,13 @@ TEST_CASE("rows of coded steps: every level gives what the plain one gives, and 
   const auto runs = [](const Routines& routines, const StepScale& scale, int count) {
     const auto decode = [&](int32_t* a, int32_t* b, int n) { routines.decode_row(scale, a, b, n); };
     const auto add = [&](int32_t* a, int32_t* b, int n) { routines.add_row(scale.shift - 3, a, b, n); };
+    const OperatorTap tap{0, 0, 0, -1, static_cast<TapBase>(scale.shift % 3), 65536 - 7777 * scale.shift};
+    const auto add_tap = [&](int32_t* a, int32_t* b, int n) { routines.add_tap_row(tap, a, b, n); };
     const auto clear = [&](int32_t* a, int32_t*, int n) { routines.reset_row(CodeReset::kClear, a, n); };
     const auto halve = [&](int32_t* a, int32_t*, int n) { routines.reset_row(CodeReset::kHalve, a, n); };
     const auto merge = [&](int32_t* a, int32_t*, int n) { routines.merge_row(a, n); };
     const auto damp = [&](int32_t* a, int32_t*, int n) { routines.damp_row(a, n); };
-    return std::vector{Rows(count, decode), Rows(count, add),   Rows(count, clear),
+    return std::vector{Rows(count, decode), Rows(count, add),   Rows(count, add_tap), Rows(count, clear),
                        Rows(count, halve),  Rows(count, merge), Rows(count, damp)};
   };
   TileParams params{};
