@@ -22,15 +22,13 @@ template <int kCount, class Body>
   ForEach(std::make_integer_sequence<int, kCount>(), body);
 }
 
-// No search gets as far as this many units: its steps are 1, 2, .. 2^kMaxDoublings, and down again.
-constexpr uint32_t kMaxUnits = 4u << kMaxDoublings;
-constexpr int kMaxScaleShift = 1;
+// No search gets as far as 2^kUnitBits units: its steps are 1, 2, .. 2^kMaxDoublings, and down again.
+constexpr int kUnitBits = kMaxDoublings + 2, kMaxScaleShift = 1;
 
-// Whether trials of the lanes are free of sums that wrap: within 2^30 are the moves of cells, units times units, and
-// those of the blurred cells, as amounts go.
+// Whether trials of the lanes are free of sums that wrap: no cell moves by 2^30, a blurred one by amounts of 2^17 at most.
 bool IsTame(const StepSweep& sweep, Vector unit) {
-  static_assert(kMaxUnits << kMaxScaleShift <= 1 << 13 && kGreatestAmount <= 1 << 17);
-  return sweep.scale_shift <= kMaxScaleShift && !Any(Magnitude(unit) >> (30 - 12 - kMaxScaleShift));
+  static_assert(kUnitBits + kMaxScaleShift <= 13 && kGreatestAmount <= 1 << 17);
+  return sweep.scale_shift <= kMaxScaleShift && !Any(Magnitude(unit) >> (30 - kUnitBits - sweep.scale_shift));
 }
 
 // What a step changes of the blurred cells, for Product.
@@ -195,9 +193,20 @@ void SearchRow(const StepSweep& sweep, const LaneAmounts& amounts, const LaneCod
 
 using RowSearch = void (*)(const StepSweep&, const LaneAmounts&, const LaneCoder&, int row, int first, int count);
 
+// Checks at every load of every shape would take compilers minutes: sanitized builds have the shapes of two operators,
+// and the others are checked between guard pages.
+constexpr bool IsBuilt([[maybe_unused]] StepOperator step_operator) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  return step_operator == StepOperator::kUnit || step_operator == StepOperator::kPair;
+#else
+  return true;
+#endif
+}
+
 template <int kShape>
 constexpr RowSearch SearchOf() {
-  if constexpr (motion::ShapeNumber(static_cast<StepOperator>(kShape / kBuckets), kShape % kBuckets * 5) == kShape)
+  constexpr auto kOperator = static_cast<StepOperator>(kShape / kBuckets);
+  if constexpr (IsBuilt(kOperator) && motion::ShapeNumber(kOperator, kShape % kBuckets * 5) == kShape)
     return SearchRow<kShape>;
   return nullptr;
 }
@@ -211,11 +220,11 @@ constexpr auto kSearches = MakeSearches(std::make_integer_sequence<int, motion::
 }  // namespace
 
 void MoveSteps(const StepSweep& sweep, const Window& window) {
-  if (window.columns() < kLanes || !FillMisfit(sweep, window.Widened(sweep.model->reach)))
+  const RowSearch search = kSearches.data()[sweep.model->shape];
+  if (search == nullptr || window.columns() < kLanes || !FillMisfit(sweep, window.Widened(sweep.model->reach)))
     return plain::MoveSteps(sweep, window);
   const LaneCoder coder(sweep);
   const LaneAmounts amounts(*sweep.model);
-  const RowSearch search = kSearches.data()[sweep.model->shape];
   for (int row = window.first_row; row < window.end_row; ++row)
     search(sweep, amounts, coder, row, window.first_column, window.columns());
 }
