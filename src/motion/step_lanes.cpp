@@ -37,10 +37,10 @@ struct LaneAmounts {
     Prepare(model.rising, rising);
     Prepare(model.falling, falling);
   }
-  static void Prepare(const StepSide& side, Vector* amounts) {
-    for (int i = 0; i < side.count; ++i) amounts[i] = AsLarge(All(Bits(side.amounts[static_cast<size_t>(i)])));
+  static void Prepare(const StepSide& side, uint32_t* amounts) {
+    for (int i = 0; i < side.count; ++i) amounts[i] = AsLarge(All(Bits(side.amounts[static_cast<size_t>(i)])))[0];
   }
-  Vector rising[StepSide::kMax], falling[StepSide::kMax];
+  uint32_t rising[StepSide::kMax], falling[StepSide::kMax];
 };
 
 // The cells `cell`, `cell + 1`, .. of a sweep under search: a trial of LaneSearch. Every lane is a StepTrial; the loads
@@ -148,12 +148,12 @@ class StepLanes {
     const Vector small = AsSmall(scaled);
     Vector fallen{}, lacks{};
     for (int i = 0; i < rising.count; ++i) {
-      const Vector step = Product(small, amounts_.rising[i]);
+      const Vector step = Product(small, All(amounts_.rising[i]));
       lacks += Greater(lacks_[i], step);
       if constexpr (kMirrored) fallen += Greater(fallen_[i], step);
     }
     if constexpr (!kMirrored)
-      for (int i = 0; i < falling.count; ++i) fallen += Greater(fallen_[i], Product(small, amounts_.falling[i]));
+      for (int i = 0; i < falling.count; ++i) fallen += Greater(fallen_[i], Product(small, All(amounts_.falling[i])));
     const auto misfit = [&](const StepSide& side, Vector over, Vector total) {
       return (over << 1) - total - scaled * static_cast<uint32_t>(side.total_amount);
     };

@@ -10,9 +10,9 @@ namespace kelvo::KELVO_TARGET {
 // What a move changes of the blurred cells, for Product.
 struct PairAmounts {
   explicit PairAmounts(const PairModel& model) {
-    for (int i = 0; i < model.side; ++i) of[i] = AsLarge(All(Bits(model.amounts[static_cast<size_t>(i)])));
+    for (int i = 0; i < model.side; ++i) of[i] = AsLarge(All(Bits(model.amounts[static_cast<size_t>(i)])))[0];
   }
-  Vector of[PairModel::kMaxSide];
+  uint32_t of[PairModel::kMaxSide];
 };
 
 // A trial of LaneSearch. `Cells` reads the planes around the lanes' pairs, by distance in cells:
@@ -88,7 +88,7 @@ class PairLanes {
     Vector over_a{}, over_b{}, rough_a{}, rough_b{};
     const Vector small = AsSmall(scaled);
     for (int i = 0; i < model_.side; ++i) {
-      const Vector step = Product(small, amounts_.of[i]);
+      const Vector step = Product(small, All(amounts_.of[i]));
       over_a += Greater(residual_a_[i], step);
       over_b += Greater(lack_b_[i], step);
     }
