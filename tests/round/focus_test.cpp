@@ -10,10 +10,10 @@
 namespace kelvo::test {
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool kSanitized = true;  // five times slower: fewer repetitions
+#if defined(__SANITIZE_ADDRESS__) || defined(KELVO_EMULATED)
+constexpr bool kSlow = true;  // five times slower, emulated forty: fewer repetitions
 #else
-constexpr bool kSanitized = false;
+constexpr bool kSlow = false;
 #endif
 
 Bench Prepared(uint32_t heap_seed, const std::string& kind, const std::vector<int>& arguments, int width) {
@@ -41,10 +41,10 @@ TEST_CASE("a flat tile stays flat: defocus") {
 // Every setting; each takes another of the levels, so that all of them meet all widths and accuracies.
 TEST_CASE("a flat tile stays flat, and its response is the predicted one: focus") {
   const int displays[] = {128 * 2, 12800, 12801, 16320 + 127, 32640};
-  const int step = kSanitized ? 5 : 1;
+  const int step = kSlow ? 5 : 1;
   for (int width = 1; width <= kMaxWidth; ++width)
-    for (int accuracy = kSanitized ? width % 5 - 2 : -2; accuracy <= 2; accuracy += step)
-      for (int noise = kSanitized ? width / 2 % 5 - 1 : -1; noise <= 3; noise += step) {
+    for (int accuracy = kSlow ? width % 5 - 2 : -2; accuracy <= 2; accuracy += step)
+      for (int noise = kSlow ? width / 2 % 5 - 1 : -1; noise <= 3; noise += step) {
         const int display = displays[(width + accuracy + noise + 3) % 5];
         CAPTURE(width);
         CAPTURE(accuracy);
@@ -80,7 +80,7 @@ TEST_CASE("a result does not depend on what the heap held") {
     int accuracy;
     uint32_t variant;
   } cases[] = {{"soft", 1, 0}, {"wild", -1, 1}, {"blackwhite", 0, 0}};
-  for (int width = 1; width <= kMaxWidth; width += kSanitized ? 4 : 1) {
+  for (int width = 1; width <= kMaxWidth; width += kSlow ? 4 : 1) {
     const auto& c = cases[width % 3];
     CAPTURE(width);
     CAPTURE(c.kind);
