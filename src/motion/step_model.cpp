@@ -22,10 +22,11 @@ constexpr int HalvesOf(const OperatorTap& tap) {
 struct Response {
   static constexpr int kReach = motion::kLineReach + 3;
   motion::Grid<int64_t, kReach> amounts;
+  int64_t unit = 65520;  // the amount of one
   int columns = 0, rows = 0;
 };
 
-// 65520 times the blur's answer to a step of one, per cell. The model's weights are those of the drawn line.
+// The blur's answer to a step of one, per cell. The model's weights are those of the drawn line.
 constexpr Response Respond(const OperatorTaps& taps, const motion::LineCells& line) {
   Response response;
   response.columns = line.columns + 3;
@@ -36,10 +37,7 @@ constexpr Response Respond(const OperatorTaps& taps, const motion::LineCells& li
     for (size_t k = 0; k < static_cast<size_t>(line.count); ++k)
       response.amounts.At(tap.column + line.cells[k].column, tap.up + line.cells[k].up) += part * line.cells[k].weight;
   }
-  const int64_t unit = int64_t{2} * 65536 * line.total;
-  for (int up = -response.rows; up <= response.rows; ++up)
-    for (int column = -response.columns; column <= response.columns; ++column)
-      response.amounts.At(column, up) = response.amounts.At(column, up) * 65520 / unit;
+  response.unit = int64_t{2} * 65536 * line.total;
   return response;
 }
 
@@ -70,21 +68,27 @@ constexpr void Pad(StepSide& side) {
   side.padded = static_cast<int16_t>((side.count + StepSide::kLanes - 1) / StepSide::kLanes * StepSide::kLanes);
 }
 
-// Cells below a sixteenth of the largest amount are left out: they are the noise that rounding the line to eighths
+// In 65520ths. Cells below a sixteenth of the largest amount are left out: they are the noise that rounding the line to eighths
 // leaves along its inside, nearly half of the cells and a twentieth of the response.
 constexpr void SetSides(StepModel& model, const Response& response) {
+  struct {
+    int cell, amount;
+  } found[512]{};
+  size_t count = 0;
   int largest = 0;
   for (int up = response.rows; up >= -response.rows; --up)
     for (int column = -response.columns; column <= response.columns; ++column) {
-      const int amount = Abs(static_cast<int>(response.amounts.At(column, up)));
-      if (amount > largest) largest = amount;
+      const int64_t amount = response.amounts.At(column, up);
+      if (amount == 0) continue;
+      found[count] = {CellsTo(-up, column), static_cast<int>(amount * 65520 / response.unit)};
+      if (Abs(found[count].amount) > largest) largest = Abs(found[count].amount);
+      ++count;
     }
-  for (int up = response.rows; up >= -response.rows; --up)
-    for (int column = -response.columns; column <= response.columns; ++column) {
-      const int amount = static_cast<int>(response.amounts.At(column, up));
-      if (amount == 0 || 16 * Abs(amount) < largest) continue;
-      Insert(amount > 0 ? model.rising : model.falling, CellsTo(-up, column), Abs(amount));
-    }
+  for (size_t i = 0; i < count; ++i) {
+    const int amount = found[i].amount;
+    if (amount == 0 || 16 * Abs(amount) < largest) continue;
+    Insert(amount > 0 ? model.rising : model.falling, found[i].cell, Abs(amount));
+  }
   Pad(model.rising);
   Pad(model.falling);
 }

@@ -24,13 +24,16 @@ constexpr bool Has(unsigned bits, unsigned wanted) {
 
 }  // namespace
 
-// AVX-512 here is the foundation with BW, DQ and VL, which the routines are compiled for.
+// AVX-512 here is the foundation with BW, DQ and VL, which the routines are compiled for. Asks no more than three times: in
+// a virtual machine every answer takes as long as a tone curve.
 Level BestLevel() {
   unsigned a, b, c, d;
-  if (__get_cpuid(1, &a, &b, &c, &d) == 0 || !Has(c, bit_OSXSAVE | bit_AVX)) return Level::kBaseline;
+  if (__get_cpuid_max(0, nullptr) < 7) return Level::kBaseline;
+  __cpuid(1, a, b, c, d);
+  if (!Has(c, bit_OSXSAVE | bit_AVX)) return Level::kBaseline;
   const unsigned saved = SavedRegisters();
-  if (!Has(saved, kVectors256) || __get_cpuid_count(7, 0, &a, &b, &c, &d) == 0 || !Has(b, bit_AVX2))
-    return Level::kBaseline;
+  __cpuid_count(7, 0, a, b, c, d);
+  if (!Has(saved, kVectors256) || !Has(b, bit_AVX2)) return Level::kBaseline;
   const bool wide = Has(b, bit_AVX512F | bit_AVX512BW | bit_AVX512DQ | bit_AVX512VL) && Has(saved, kVectors512);
   return wide ? Level::kAvx512 : Level::kAvx2;
 }

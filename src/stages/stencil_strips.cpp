@@ -29,7 +29,7 @@ constexpr int kMostRows = 6;
 // Checks at every load of every width would take compilers minutes: sanitized builds have the strips of these widths,
 // and the others are checked between guard pages.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int kGreatestWidth = 5;
+constexpr int kGreatestWidth = 3;
 #else
 constexpr int kGreatestWidth = kMaxWidth;
 #endif
