@@ -1,4 +1,4 @@
-// The search of plain::StepRow for neighbouring cells at once, one in each lane of a vector.
+// The search of plain::MoveSteps for neighbouring cells at once, one in each lane of a vector.
 #include <array>
 #include <type_traits>
 #include <utility>
@@ -38,7 +38,7 @@ struct LaneAmounts {
     Prepare(model.falling, falling);
   }
   static void Prepare(const StepSide& side, uint32_t* amounts) {
-    for (int i = 0; i < side.count; ++i) amounts[i] = AsLarge(All(Bits(side.amounts[static_cast<size_t>(i)])))[0];
+    for (int i = 0; i < side.count; ++i) amounts[i] = AsLarge(Bits(side.amounts[static_cast<size_t>(i)]));
   }
   uint32_t rising[StepSide::kMax], falling[StepSide::kMax];
 };

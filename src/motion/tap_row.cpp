@@ -4,7 +4,7 @@
 
 namespace kelvo::KELVO_TARGET {
 
-// TapAmount in a form without branches. A share of 65536 leaves the product's high part as it was.
+// TapAmount in a form without branches: a whole share, 65536, gives back what it is of.
 void AddTapRow(const OperatorTap& tap, const int32_t* __restrict steps, int32_t* __restrict to, int count) {
   const int halving = tap.base == TapBase::kWhole ? 0 : 1, doubling = tap.base == TapBase::kEven ? 1 : 0;
   const int64_t share = tap.share;

@@ -10,7 +10,7 @@ namespace kelvo::KELVO_TARGET {
 // What a move changes of the blurred cells, for Product.
 struct PairAmounts {
   explicit PairAmounts(const PairModel& model) {
-    for (int i = 0; i < model.side; ++i) of[i] = AsLarge(All(Bits(model.amounts[static_cast<size_t>(i)])))[0];
+    for (int i = 0; i < model.side; ++i) of[i] = AsLarge(Bits(model.amounts[static_cast<size_t>(i)]));
   }
   uint32_t of[PairModel::kMaxSide];
 };

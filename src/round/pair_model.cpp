@@ -105,15 +105,10 @@ constexpr int32_t Response(const WeightGrid& weights, PairKind kind, const PairS
   return sum / 4;
 }
 
-// Puts a rising cell behind those of at least its amount, and its falling twin beside it.
-constexpr void Insert(PairModel& model, int cell, int32_t amount) {
+// Adds a rising cell, and its falling twin.
+constexpr void Add(PairModel& model, int cell, int32_t amount) {
   assert(amount <= kGreatestAmount);
-  auto i = static_cast<size_t>(model.side++);
-  for (; i > 0 && model.amounts[i - 1] < amount; --i) {
-    model.cells_b[i] = model.cells_b[i - 1];
-    model.cells_a[i] = model.cells_a[i - 1];
-    model.amounts[i] = model.amounts[i - 1];
-  }
+  const auto i = static_cast<size_t>(model.side++);
   model.cells_b[i] = static_cast<int16_t>(cell);
   model.cells_a[i] = static_cast<int16_t>(model.a + model.b - cell);
   model.amounts[i] = amount;
@@ -139,7 +134,7 @@ constexpr void SetResponse(PairModel& model, PairKind kind, const PairShape& sha
     for (int column = -kReach; column <= kReach; ++column) {
       const int32_t amount = responses[next++];
       if (amount <= 0 || (kind == PairKind::kCoarse && 4 * amount < largest)) continue;
-      Insert(model, CellsTo(row, column), amount);
+      Add(model, CellsTo(row, column), amount);
     }
   model.padded = static_cast<int16_t>((model.side + PairModel::kLanes - 1) / PairModel::kLanes * PairModel::kLanes);
 }

@@ -50,7 +50,7 @@ struct PairModel {
   int16_t side;    // cells on one side
   int16_t padded;  // the same, rounded up to whole vectors
   std::array<int16_t, kMaxSide> cells_b, cells_a;  // where the blurred estimate rises, and falls by the same amount
-  std::array<int32_t, kMaxSide> amounts;           // of one unit, 1/65536, largest first
+  std::array<int32_t, kMaxSide> amounts;           // of one unit, 1/65536
   int32_t total_amount;                            // of one side
   std::array<SpreadCell, kMaxSpread> spread;
   int16_t spread_count;

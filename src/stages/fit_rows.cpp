@@ -14,8 +14,8 @@ int32_t PullAlong(const int32_t* cell, int step, int32_t limit) {
   const int32_t slope0 = back - cell[-2 * step], slope1 = here - back, slope2 = next - here,
                 slope3 = cell[2 * step] - next;
   const auto limited = [limit](int32_t value) { return Clamp(value, -limit, limit); };
-  const int32_t here_pulls = limited(slope1) - limited(slope2) + limited(slope1 - slope2);
-  return 2 * here_pulls - limited(slope0 - slope1) - limited(slope2 - slope3);
+  const int32_t nearest = limited(slope1) - limited(slope2) + limited(slope1 - slope2);
+  return 2 * nearest - limited(slope0 - slope1) - limited(slope2 - slope3);
 }
 
 }  // namespace

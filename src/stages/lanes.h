@@ -283,6 +283,9 @@ inline Vector AsLarge(Vector v) {
   return v;
 #endif
 }
+inline uint32_t AsLarge(uint32_t number) {
+  return AsLarge(All(number))[0];
+}
 inline Vector Product(Vector small, Vector large) {
 #if defined(__AVX512F__)
   return reinterpret_cast<Vector>(

@@ -343,6 +343,7 @@ PYTHON
   env --default-signal=INT "$kelvo" restore vast.v -o vast.png --width 3 --jpeg 0 --threads 1 --json >out 2>err &
   stop_once_begun INT $!
   told '"outcome":"interrupted"'
+  told '"error":"interrupted"'
   rm vast.v
 }
 
