@@ -7,7 +7,7 @@ namespace {
 
 constexpr std::array<MotionMember, motion::kMembers> MakeMembers() {
   std::array<MotionMember, motion::kMembers> members{};
-  for (int i = 0; i < motion::kMembers; ++i) members[static_cast<size_t>(i)] = motion::MakeMember(motion::NameOf(i));
+  for (int i = 0; i < motion::kMembers; ++i) members[static_cast<size_t>(i)] = motion::MemberAt(i);
   return members;
 }
 

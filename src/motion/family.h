@@ -132,6 +132,10 @@ constexpr MotionMember MakeMember(Name name) {
   return member;
 }
 
+constexpr MotionMember MemberAt(int index) {
+  return MakeMember(NameOf(index));
+}
+
 }  // namespace motion
 
 }  // namespace kelvo

@@ -2,39 +2,17 @@
 
 #include <utility>
 
+#include "motion/line_strips.h"
+
 namespace kelvo {
 namespace {
 
+using motion::BareLineOf;
 using motion::CellsOf;
+using motion::IntegerForm;
+using motion::LineBuilder;
 using motion::LineGrid;
-
-using LineBuilder = StencilBuilder<256, 4>;
-
-constexpr int FloorLog2(int value) {
-  int log = 0;
-  while (value >> (log + 1) != 0) ++log;
-  return log;
-}
-
-// The weights as a stencil. Every bit of the weights is one partial sum of the cells that have it; the shifts leave the
-// total between two and four times a weight of one, which uses 32 bits well, and the normaliser does the rest.
-constexpr LineBuilder IntegerForm(const LineGrid& weights) {
-  const motion::LineCells line = CellsOf(weights);
-  const int log = FloorLog2(line.total), shift = line.total == 1 << log ? log : log - 1;
-  LineBuilder builder;
-  for (int bit = 3; bit >= 0; --bit) {
-    bool open = false;
-    for (size_t i = 0; i < static_cast<size_t>(line.count); ++i) {
-      const motion::LineCell& cell = line.cells[i];
-      assert(cell.weight < 16);
-      if ((cell.weight >> bit & 1) == 0) continue;
-      if (!open) builder.Open(shift - bit);
-      open = true;
-      builder.Add(-cell.up, cell.column);
-    }
-  }
-  return builder.Normalise();
-}
+using motion::MemberAt;
 
 struct CellList {
   std::array<int16_t, 160> cells{};
@@ -49,12 +27,8 @@ constexpr CellList DistancesOf(const LineGrid& weights) {
   return list;
 }
 
-constexpr MotionMember MemberAt(int index) {
-  return motion::MakeMember(motion::NameOf(index));
-}
-
 template <int index>
-constexpr LineBuilder kBareLine = IntegerForm(motion::DrawBareLine(MemberAt(index).width, MemberAt(index).angle));
+constexpr LineBuilder kBareLine = BareLineOf(MemberAt(index));
 template <int index>
 constexpr LineBuilder kModelLine = IntegerForm(motion::DrawModelLine(MemberAt(index)));
 template <int index>
@@ -72,9 +46,21 @@ struct MemberLines {
   std::span<const int16_t> cells;
 };
 
+template <int index>
+constexpr Stencil MakeBareLine() {
+  Stencil stencil = Unsigned(kBareLine<index>.View());
+  stencil.line = index + 1;
+  return stencil;
+}
+
+template <int index>
+constexpr Stencil MakeModelLine() {
+  return MemberAt(index).extra_margin == 0 ? MakeBareLine<index>() : Unsigned(kModelLine<index>.View());
+}
+
 template <int... i>
 constexpr std::array<MemberLines, sizeof...(i)> MakeLines(std::integer_sequence<int, i...>) {
-  return {MemberLines{Unsigned(kBareLine<i>.View()), Unsigned(kModelLine<i>.View()),
+  return {MemberLines{MakeBareLine<i>(), MakeModelLine<i>(),
                       std::span<const int16_t>(kModelCells<i>.cells.data(), kModelCells<i>.count)}...};
 }
 
@@ -107,5 +93,13 @@ std::span<const int16_t> ModelLineCells(const MotionMember& member) {
 const Stencil& ObservedLineSmoother(const MotionMember& member) {
   return kSmoothers[static_cast<size_t>(BucketOf(member.angle))];
 }
+
+namespace plain {
+
+void LineArea(const Stencil& stencil, const int32_t* from, int32_t* to, Extent extent) {
+  StencilArea(stencil, from, to, extent);
+}
+
+}  // namespace plain
 
 }  // namespace kelvo

@@ -130,6 +130,38 @@ constexpr LineGrid DrawModelLine(const MotionMember& member) {
                                   : DrawBand(member.width, member.angle, member.extra_margin);
 }
 
+using LineBuilder = StencilBuilder<256, 4>;
+
+constexpr int FloorLog2(int value) {
+  int log = 0;
+  while (value >> (log + 1) != 0) ++log;
+  return log;
+}
+
+// The weights as a stencil. Every bit of the weights is one partial sum of the cells that have it; the shifts leave the
+// total between two and four times a weight of one, which uses 32 bits well, and the normaliser does the rest.
+constexpr LineBuilder IntegerForm(const LineGrid& weights) {
+  const LineCells line = CellsOf(weights);
+  const int log = FloorLog2(line.total), shift = line.total == 1 << log ? log : log - 1;
+  LineBuilder builder;
+  for (int bit = 3; bit >= 0; --bit) {
+    bool open = false;
+    for (size_t i = 0; i < static_cast<size_t>(line.count); ++i) {
+      const LineCell& cell = line.cells[i];
+      assert(cell.weight < 16);
+      if ((cell.weight >> bit & 1) == 0) continue;
+      if (!open) builder.Open(shift - bit);
+      open = true;
+      builder.Add(-cell.up, cell.column);
+    }
+  }
+  return builder.Normalise();
+}
+
+constexpr LineBuilder BareLineOf(const MotionMember& member) {
+  return IntegerForm(DrawBareLine(member.width, member.angle));
+}
+
 // An isotropic 8-5-2 smoother, in sixteenths, whose neighbour in direction a gains cos 2(a - angle) of one, rounded.
 constexpr LineGrid DrawObservedSmoother(int angle) {
   const int16_t along_row = angle <= 30 ? 1 : 0, along_diagonal = angle >= 15 ? 1 : 0;

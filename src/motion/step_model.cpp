@@ -116,7 +116,7 @@ constexpr int16_t MostMoved(const OperatorTaps& taps, int sign) {
 }
 
 constexpr StepModel MakeModel(StepKind kind, int index) {
-  const MotionMember member = motion::MakeMember(motion::NameOf(index));
+  const MotionMember member = motion::MemberAt(index);
   const StepOperator step_operator =
       kind == StepKind::kFine ? FineOperator(member.width) : CoarseOperator(member.width);
   StepModel model{};

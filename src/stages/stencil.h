@@ -55,7 +55,10 @@ struct Stencil {
   std::span<const PartialSum> sums;
   uint32_t normaliser;  // 2^32 / total weight, rounded down; 0: the total weight is 1 and nothing is multiplied
   Product product = Product::kSigned;
-  uint8_t disc = 0;  // the round width 1..20 whose blur it is, for which there is unrolled code; 0 for all others
+
+  // Whose blur it is, where there is unrolled code for it; 0 for all others.
+  uint8_t disc = 0;  // the round width 1..20
+  uint8_t line = 0;  // 1 + the index of a member of straight motion
 };
 
 // A class (a, b) is every cell (±a, ±b) and (±b, ±a); the four axis neighbours are (0, 1).

@@ -18,8 +18,7 @@ void StencilBlock(const Stencil& stencil, const int32_t* from, int32_t* to) {
     Vector part[kCount] = {};
     for (const int16_t* end = next + sum.count; next != end; ++next)
       for (int k = 0; k < kCount; ++k) part[k] += Load(from + *next + k * kLanes);
-    const int left = sum.shift < 0 ? -sum.shift : 0, right = sum.shift < 0 ? 0 : sum.shift;
-    for (int k = 0; k < kCount; ++k) total[k] += ShiftRightArithmetic(part[k] << left, right);
+    for (int k = 0; k < kCount; ++k) total[k] += Shifted(part[k], sum.shift);
   }
   for (int k = 0; k < kCount; ++k) Store(to + k * kLanes, Normalised(stencil, total[k]));
 }

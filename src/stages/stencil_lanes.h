@@ -7,6 +7,11 @@
 
 namespace kelvo::KELVO_TARGET {
 
+// Lanes shifted arithmetically, right by `shift` or left by -shift.
+inline Vector Shifted(Vector part, int shift) {
+  return ShiftRightArithmetic(part << (shift < 0 ? -shift : 0), shift < 0 ? 0 : shift);
+}
+
 // Totals multiplied by the normaliser.
 inline Vector Normalised(const Stencil& stencil, Vector total) {
   if (stencil.normaliser == 0) return total;

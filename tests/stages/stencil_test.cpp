@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include "motion/line.h"
 #include "stages/fixed_point.h"
 #include "stages/prefilter/filters.h"
 #include "stages/routines.h"
@@ -102,7 +103,7 @@ TEST_CASE("a row of any length equals its cells one by one, and nothing beside i
 bool WritesArea(const Routines& routines, const Stencil& stencil, const int32_t* from, Extent extent) {
   constexpr int kRing = 2, kUntouched = 12345;
   std::vector<int32_t> to(65536, kUntouched);
-  routines.stencil_area(stencil, from, &to[kRing * 256 + kRing], extent);
+  ApplyArea(routines, stencil, from, &to[kRing * 256 + kRing], extent);
   bool same = true;
   for (int row = -kRing; row < extent.rows + kRing; ++row)
     for (int column = -kRing; column < extent.columns + kRing; ++column) {
@@ -113,20 +114,33 @@ bool WritesArea(const Routines& routines, const Stencil& stencil, const int32_t*
   return same;
 }
 
-TEST_CASE("an area of any shape equals its cells one by one, for every width and other stencils") {
-  std::vector<int32_t> plane(65536);
-  for (size_t i = 0; i < plane.size(); ++i) plane[i] = static_cast<int32_t>(Mix(static_cast<uint32_t>(i)));
-  for (const Extent extent : {Extent{1, 40}, {5, 33}, {12, 16}, {13, 130}, {30, 7}, {31, 48}})
-    for (int width = 0; width <= kMaxWidth; ++width)
-      for (const Level level : RunnableLevels()) {
-        CAPTURE(width);
-        CAPTURE(extent.rows);
-        CAPTURE(extent.columns);
-        CAPTURE(std::string(NameOf(level)));
-        Stencil stencil = width == 0 ? Isotropic(4) : DiscBlur(width);
-        stencil.product = extent.rows % 2 == 0 ? Product::kUnsigned : Product::kSigned;
-        CHECK(WritesArea(RoutinesOf(level), stencil, &plane[100 * 256 + 60], extent));
+void CheckArea(Stencil stencil, Extent extent) {
+  static const std::vector<int32_t> plane = [] {
+    std::vector<int32_t> cells(65536);
+    for (size_t i = 0; i < cells.size(); ++i) cells[i] = static_cast<int32_t>(Mix(static_cast<uint32_t>(i)));
+    return cells;
+  }();
+  stencil.product = extent.rows % 2 == 0 ? Product::kUnsigned : Product::kSigned;
+  for (const Level level : RunnableLevels()) {
+    CAPTURE(extent.rows);
+    CAPTURE(extent.columns);
+    CAPTURE(std::string(NameOf(level)));
+    CHECK(WritesArea(RoutinesOf(level), stencil, &plane[100 * 256 + 60], extent));
+  }
+}
+
+TEST_CASE("an area of any shape equals its cells one by one, for every disc, every line and other stencils") {
+  for (const Extent extent : {Extent{1, 40}, {5, 33}, {12, 16}, {13, 130}, {30, 7}, {31, 48}}) {
+    CheckArea(Isotropic(4), extent);
+    for (int width = 1; width <= kMaxWidth; ++width) {
+      CAPTURE(width);
+      CheckArea(DiscBlur(width), extent);
+      for (int bucket = 0; bucket < kBuckets; ++bucket) {
+        CAPTURE(bucket);
+        CheckArea(BareLine(MotionMemberOf(width, bucket)), extent);
       }
+    }
+  }
 }
 
 // Whether the rows of the tile's tone curves, in place, equal the curves cell by cell.

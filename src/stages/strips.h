@@ -1,8 +1,13 @@
-// Blurs of discs over areas: several rows together, so that a cell is loaded once for all the rows that it counts in.
+// Blurs over areas, several rows together, so that a cell is loaded once for all the rows that it counts in.
 //
 // Loads are what stencils cost. A strip of a few rows reads, in the order of the cells, one vector per cell of the union
 // of its footprints and adds it to each partial sum of each row that has the cell; all partial sums of the strip stay in
-// registers. The additions are worked out at compile time, one unrolled function per width.
+// registers. The additions are worked out at compile time, one unrolled function per shape.
+//
+// A shape is a type with the storage of its stencil, `kBuilder`, and `kReach`, how many rows and columns it reaches.
+#ifndef KELVO_STAGES_STRIPS_H
+#define KELVO_STAGES_STRIPS_H
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -11,47 +16,44 @@
 #include "stages/lanes.h"
 #include "stages/stencil.h"
 #include "stages/stencil_lanes.h"
-#include "stages/stencils/disc.h"
 
 namespace kelvo::KELVO_TARGET {
-namespace {
 
 #if defined(__AVX512F__) || defined(__aarch64__)
-constexpr int kRegisters = 32;
+inline constexpr int kRegisters = 32;
 #elif defined(__i386__)
-constexpr int kRegisters = 8;
+inline constexpr int kRegisters = 8;
 #else
-constexpr int kRegisters = 16;
+inline constexpr int kRegisters = 16;
 #endif
-constexpr int kSpareRegisters = 4;  // for the cell, the total and the product
-constexpr int kMostRows = 6;
+inline constexpr int kSpareRegisters = 4;  // for the cell, the total and the product
 
 // Checks at every load of every width would take compilers minutes: sanitized builds have the strips of these widths,
 // and the others are checked between guard pages.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int kGreatestWidth = 3;
+inline constexpr int kGreatestStripWidth = 3;
 #else
-constexpr int kGreatestWidth = kMaxWidth;
+inline constexpr int kGreatestStripWidth = 255;
 #endif
 
 // Rows of a strip for a stencil of `sums` partial sums, such that whole strips make kAreaRows; 1 means that a strip gains
 // nothing.
-constexpr int RowsFor(int sums) {
-  int rows = std::clamp((kRegisters - kSpareRegisters) / sums, 1, kMostRows);
+constexpr int RowsFor(int sums, int most) {
+  int rows = std::clamp((kRegisters - kSpareRegisters) / sums, 1, most);
   while (kAreaRows % rows != 0) --rows;
   return rows;
 }
 
-// How the blur of a width is worked: all its partial sums at once where they fit the registers for several rows, else in
+// How the blur of a shape is worked: all its partial sums at once where they fit the registers for several rows, else in
 // passes over some of them.
-template <int kWidth>
-struct Plan {
-  static constexpr disc::DiscBuilder kBuilder = disc::kDisc<kWidth>;  // a copy: some compilers emit what is referred to
-  static constexpr int kReach = DiscReach(kWidth);
+template <class Shape>
+struct StripPlan {
+  static constexpr auto kBuilder = Shape::kBuilder;  // a copy: some compilers emit what is referred to
+  static constexpr int kReach = Shape::kReach;
   static constexpr int kSums = static_cast<int>(kBuilder.View().sums.size());
-  static constexpr int kPassSums = RowsFor(kSums) > 1 ? kSums : kRegisters / 4;
+  static constexpr int kPassSums = RowsFor(kSums, Shape::kMostRows) > 1 ? kSums : kRegisters / 4;
   static constexpr int kPasses = (kSums + kPassSums - 1) / kPassSums;
-  static constexpr int kRows = RowsFor(kPassSums);
+  static constexpr int kRows = RowsFor(kPassSums, Shape::kMostRows);
 
   // For every cell of the footprint the partial sums that have it.
   struct Footprint {
@@ -81,7 +83,7 @@ struct Addition {
   int column = 0;
   int place = 0;       // which partial sum, counted over all rows of the strip
   bool loads = false;  // the first of its cell
-  bool keeps = false;  // the cell has others
+  bool keeps = false;  // and the cell has others
 };
 
 template <int kMost>
@@ -91,9 +93,9 @@ struct Additions {
 };
 
 // The additions of one pass.
-template <int kWidth, int kPass>
-struct Pass {
-  using Plan = kelvo::KELVO_TARGET::Plan<kWidth>;
+template <class Shape, int kPass>
+struct StripPass {
+  using Plan = StripPlan<Shape>;
   static constexpr int kReach = Plan::kReach, kRows = Plan::kRows;
   static constexpr int kFirst = kPass * Plan::kPassSums;
   static constexpr int kSums = std::min(Plan::kPassSums, Plan::kSums - kFirst);
@@ -111,24 +113,16 @@ struct Pass {
 
   // What the cells of `row`, counted from the strip's first, are added to.
   static constexpr auto AdditionsOf(int row) {
-    Additions<(2 * kReach + 1) * 2 * kMostRows> additions;
+    Additions<(2 * kReach + 1) * 2 * kRows> additions;
     for (int column = -kReach; column <= kReach; ++column) {
-      const int uses = Uses(row, column);
       bool first = true;
       for (int place = 0; place < kPlaces; ++place) {
         if (!Counts(row, column, place)) continue;
-        additions.of[static_cast<size_t>(additions.count++)] = {column, place, first, uses > 1};
+        additions.of[static_cast<size_t>(additions.count++)] = {column, place, first, first && Uses(row, column) > 1};
         first = false;
       }
     }
     return additions;
-  }
-
-  [[gnu::always_inline]] static inline void Add(const Addition& addition, const int32_t* row, Vector& cells,
-                                                Vector& sum) {
-    if (addition.loads) cells = Load(row + addition.column);
-    if (addition.loads && addition.keeps) KeepLoaded(cells);
-    sum += cells;
   }
 
   template <int kRow, int... kIndex>
@@ -137,7 +131,9 @@ struct Pass {
                                                    [[maybe_unused]] Vector (&sums)[kPlaces]) {
     [[maybe_unused]] constexpr auto kAdditions = AdditionsOf(kRow);  // none in some rows
     [[maybe_unused]] Vector cells{};
-    (Add(kAdditions.of[kIndex], row, cells, sums[kAdditions.of[kIndex].place]), ...);
+    ((kAdditions.of[kIndex].loads ? void(cells = Load(row + kAdditions.of[kIndex].column)) : void(),
+      kAdditions.of[kIndex].keeps ? KeepLoaded(cells) : void(), sums[kAdditions.of[kIndex].place] += cells),
+     ...);
   }
 
   template <int... kRow>
@@ -154,51 +150,40 @@ struct Pass {
     AddRows(std::make_integer_sequence<int, 2 * kReach + kRows>(), from, sums);
     for (int row = 0; row < kRows; ++row)
       for (int sum = 0; sum < kSums; ++sum)
-        totals[row] +=
-            ShiftRightArithmetic(sums[row * kSums + sum], kStencil.sums[static_cast<size_t>(kFirst + sum)].shift);
+        totals[row] += Shifted(sums[row * kSums + sum], kStencil.sums[static_cast<size_t>(kFirst + sum)].shift);
   }
 };
 
-template <int kWidth, int... kPass>
+template <class Shape, int... kPass>
 [[gnu::always_inline]] inline void AddPasses(std::integer_sequence<int, kPass...>, const int32_t* from,
-                                             Vector (&totals)[Plan<kWidth>::kRows]) {
-  (Pass<kWidth, kPass>::AddTotals(from, totals), ...);
+                                             Vector (&totals)[StripPlan<Shape>::kRows]) {
+  (StripPass<Shape, kPass>::AddTotals(from, totals), ...);
 }
 
 // One vector of each row of a strip.
-template <int kWidth>
+template <class Shape>
 void RunStrip(const Stencil& stencil, const int32_t* from, int32_t* to) {
-  constexpr int kRows = Plan<kWidth>::kRows;
+  constexpr int kRows = StripPlan<Shape>::kRows;
   Vector totals[kRows] = {};
-  AddPasses<kWidth>(std::make_integer_sequence<int, Plan<kWidth>::kPasses>(), from, totals);
+  AddPasses<Shape>(std::make_integer_sequence<int, StripPlan<Shape>::kPasses>(), from, totals);
   for (int row = 0; row < kRows; ++row) Store(to + row * kTileSize, Normalised(stencil, totals[row]));
 }
 
-// The strips of one width; no rows where a strip gains nothing.
-struct StripEntry {
+// The strip of a shape; no rows where there is none or it gains nothing.
+struct Strip {
   int rows = 0;
   void (*run)(const Stencil& stencil, const int32_t* from, int32_t* to) = nullptr;
 };
 
-template <int kWidth>
-constexpr StripEntry MakeEntry() {
-  if constexpr (kWidth <= kGreatestWidth)
-    if constexpr (Plan<kWidth>::kRows > 1) return {Plan<kWidth>::kRows, RunStrip<kWidth>};
+template <class Shape, int kWidth>
+constexpr Strip MakeStrip() {
+  if constexpr (kWidth <= kGreatestStripWidth)
+    if constexpr (StripPlan<Shape>::kRows > 1) return {StripPlan<Shape>::kRows, RunStrip<Shape>};
   return {};
 }
 
-template <int... kWidthsBefore>
-constexpr std::array<StripEntry, kMaxWidth + 1> MakeEntries(std::integer_sequence<int, kWidthsBefore...>) {
-  return {StripEntry{}, MakeEntry<kWidthsBefore + 1>()...};
-}
-
-constexpr auto kStrips = MakeEntries(std::make_integer_sequence<int, kMaxWidth>());
-
-}  // namespace
-
 // The last strip and the last vector overlap those before them.
-void StencilArea(const Stencil& stencil, const int32_t* from, int32_t* to, Extent extent) {
-  const StripEntry& strip = kStrips.data()[stencil.disc];
+inline void RunStrips(const Strip& strip, const Stencil& stencil, const int32_t* from, int32_t* to, Extent extent) {
   if (strip.rows == 0 || extent.rows < strip.rows || extent.columns < kLanes) {
     for (int row = 0; row < extent.rows; ++row)
       StencilRow(stencil, from + row * kTileSize, to + row * kTileSize, extent.columns);
@@ -214,3 +199,5 @@ void StencilArea(const Stencil& stencil, const int32_t* from, int32_t* to, Exten
 }
 
 }  // namespace kelvo::KELVO_TARGET
+
+#endif  // KELVO_STAGES_STRIPS_H

@@ -1,0 +1,29 @@
+// The blurs along bare lines in strips (stages/strips.h).
+#include "motion/line_strips.h"
+#include "motion/line.h"
+#include "stages/strips.h"
+
+namespace kelvo::KELVO_TARGET {
+namespace {
+
+template <int kIndex>
+struct Line {
+  static constexpr MotionMember kMember = motion::MemberAt(kIndex);
+  static constexpr motion::LineBuilder kBuilder = motion::BareLineOf(kMember);
+  static constexpr int kReach = motion::LastColumn(kMember.width, kMember.angle), kMostRows = 3;
+};
+
+template <int... kIndex>
+constexpr std::array<Strip, motion::kMembers> MakeStrips(std::integer_sequence<int, kIndex...>) {
+  return {MakeStrip<Line<kIndex>, Line<kIndex>::kMember.width>()...};
+}
+
+constexpr auto kStrips = MakeStrips(std::make_integer_sequence<int, motion::kMembers>());
+
+}  // namespace
+
+void LineArea(const Stencil& stencil, const int32_t* from, int32_t* to, Extent extent) {
+  RunStrips(kStrips.data()[stencil.line - 1], stencil, from, to, extent);
+}
+
+}  // namespace kelvo::KELVO_TARGET
