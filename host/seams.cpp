@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <utility>
 #include <vector>
 
 #include "errors.h"
@@ -82,7 +83,7 @@ class Joiner {
   }
 
   // Has the cores of an area computed. Where they overlap neighbouring areas share some, and a thread would wait for the
-  // core at which another works; meanwhile it takes one that the other will need next.
+  // core at which another works; meanwhile it takes one that the other, or the next area, will need.
   bool ComputeCores(const VipsRect& area) {
     if (join_.grid.step == KELVO_CORE_SIZE) return true;
     const int last_row = (VIPS_RECT_BOTTOM(&area) - 1) / KELVO_CORE_SIZE;
@@ -205,7 +206,8 @@ TileGrid GridOver(const vips::VImage& image, int overlap) {
 }
 
 vips::VImage Joined(const vips::VImage& image, const vips::VImage& cores, const TileGrid& grid, bool own_values) {
-  return InTiles<Joiner>(image, ShapeOf(image), Join{cores, grid, own_values, std::make_unique<SharedPieces>()});
+  auto open_cores = std::make_unique<SharedPieces>(int64_t{grid.across} * grid.down);
+  return InTiles<Joiner>(image, ShapeOf(image), Join{cores, grid, own_values, std::move(open_cores)});
 }
 
 }  // namespace kelvo::host

@@ -12,8 +12,10 @@ SharedPieces::Piece* SharedPieces::Find(int64_t number) {
 
 void SharedPieces::Want(const std::vector<int64_t>& pieces) {
   const std::lock_guard<std::mutex> lock(mutex_);
-  for (const int64_t number : pieces)
+  for (const int64_t number : pieces) {
     if (Find(number) == nullptr) open_.push_back({number, false});
+    ahead_ = std::max(ahead_, number + 1);
+  }
   changed_.notify_all();
 }
 
@@ -34,7 +36,10 @@ SharedPieces::Piece* SharedPieces::Next(const std::vector<int64_t>& own) {
   for (const int64_t number : own)
     if (Piece* piece = Find(number); piece != nullptr && !piece->begun) return piece;
   const auto other = std::find_if(open_.begin(), open_.end(), [](const Piece& piece) { return !piece.begun; });
-  return other == open_.end() ? nullptr : &*other;
+  if (other != open_.end()) return &*other;
+  if (ahead_ == count_) return nullptr;
+  open_.push_back({ahead_++, false});
+  return &open_.back();
 }
 
 void SharedPieces::End(int64_t number) {

@@ -11,23 +11,30 @@
 
 namespace kelvo::host {
 
-TEST_CASE("shared pieces: own ones come first, then those of others, each to one thread") {
-  SharedPieces pieces;
+TEST_CASE("shared pieces: own ones come first, then those of others, then what follows, each to one thread") {
+  SharedPieces pieces(8);
   pieces.Want({4, 5});
   pieces.Want({5, 6});
   CHECK(pieces.Begin({5, 6}) == 5);
   CHECK(pieces.Begin({4, 5}) == 4);
   pieces.End(4);
   CHECK(pieces.Begin({4, 5}) == 6);  // instead of waiting for 5
+  CHECK(pieces.Begin({4, 5}) == 7);
   pieces.End(5);
   CHECK(pieces.Begin({4, 5}) == std::nullopt);
   pieces.End(6);
   CHECK(pieces.Begin({5, 6}) == std::nullopt);
+  pieces.Want({3, 7});
+  CHECK(pieces.Begin({3, 7}) == 3);
+  pieces.End(3);
+  std::thread other([&pieces] { pieces.End(7); });
+  CHECK(pieces.Begin({3, 7}) == std::nullopt);  // 7 was the last
+  other.join();
 }
 
 TEST_CASE("shared pieces: many threads do each by itself and leave with their own done") {
   constexpr int kThreads = 8, kPieces = 400;
-  SharedPieces pieces;
+  SharedPieces pieces(kPieces + 1);
   std::array<std::atomic<int>, kPieces + 1> working{}, done{};
   std::atomic<int> left_early = 0, at_once = 0;
   const auto work = [&](int number) {
