@@ -54,28 +54,6 @@ struct StripPlan {
   static constexpr int kPassSums = RowsFor(kSums, Shape::kMostRows) > 1 ? kSums : kRegisters / 4;
   static constexpr int kPasses = (kSums + kPassSums - 1) / kPassSums;
   static constexpr int kRows = RowsFor(kPassSums, Shape::kMostRows);
-
-  // For every cell of the footprint the partial sums that have it.
-  struct Footprint {
-    uint32_t sums[2 * kReach + 1][2 * kReach + 1] = {};
-
-    constexpr uint32_t At(int row, int column) const {
-      return row < -kReach || row > kReach ? 0 : sums[row + kReach][column + kReach];
-    }
-  };
-
-  static constexpr Footprint MakeFootprint() {
-    Footprint footprint;
-    const Stencil stencil = kBuilder.View();
-    size_t next = 0;
-    for (size_t sum = 0; sum < stencil.sums.size(); ++sum)
-      for (int i = 0; i < stencil.sums[sum].count; ++i) {
-        const CellStep step = StepOver(stencil.cells[next++]);
-        footprint.sums[step.row + kReach][step.column + kReach] |= 1u << sum;
-      }
-    return footprint;
-  }
-  static constexpr Footprint kFootprint = MakeFootprint();
 };
 
 // One addition of a strip: of the cell `column` of some row to a partial sum of one of the strip's rows.
@@ -84,12 +62,6 @@ struct Addition {
   int place = 0;       // which partial sum, counted over all rows of the strip
   bool loads = false;  // the first of its cell
   bool keeps = false;  // and the cell has others
-};
-
-template <int kMost>
-struct Additions {
-  int count = 0;
-  std::array<Addition, kMost> of{};
 };
 
 // The additions of one pass.
@@ -101,53 +73,74 @@ struct StripPass {
   static constexpr int kSums = std::min(Plan::kPassSums, Plan::kSums - kFirst);
   static constexpr int kPlaces = kRows * kSums;
 
-  static constexpr bool Counts(int row, int column, int place) {
-    return Plan::kFootprint.At(row - place / kSums, column) >> (kFirst + place % kSums) & 1;
-  }
+  static constexpr int kWide = 2 * kReach + 1, kUnionRows = 2 * kReach + kRows;
 
-  static constexpr int Uses(int row, int column) {
-    int uses = 0;
-    for (int place = 0; place < kPlaces; ++place) uses += Counts(row, column, place) ? 1 : 0;
-    return uses;
-  }
-
-  // What the cells of `row`, counted from the strip's first, are added to.
-  static constexpr auto AdditionsOf(int row) {
-    Additions<(2 * kReach + 1) * 2 * kRows> additions;
-    for (int column = -kReach; column <= kReach; ++column) {
-      bool first = true;
-      for (int place = 0; place < kPlaces; ++place) {
-        if (!Counts(row, column, place)) continue;
-        additions.of[static_cast<size_t>(additions.count++)] = {column, place, first, first && Uses(row, column) > 1};
-        first = false;
-      }
+  // Calls `work(cell, place)` for every addition: the cell by number in the union of the rows' footprints.
+  template <class Work>
+  static constexpr void ForAdditions(Work work) {
+    const Stencil stencil = Plan::kBuilder.View();
+    for (int row = 0; row < kRows; ++row) {
+      size_t next = 0;
+      for (int sum = 0; sum < kFirst + kSums; ++sum)
+        for (int i = 0; i < stencil.sums[static_cast<size_t>(sum)].count; ++i) {
+          const CellStep step = StepOver(stencil.cells[next++]);
+          if (sum < kFirst) continue;
+          work(static_cast<size_t>((step.row + kReach + row) * kWide + step.column + kReach),
+               row * kSums + sum - kFirst);
+        }
     }
+  }
+
+  static constexpr size_t CountAdditions() {
+    size_t count = 0;
+    ForAdditions([&count](size_t, int) { ++count; });
+    return count;
+  }
+
+  // In the order of the cells.
+  struct Additions {
+    std::array<size_t, kUnionRows + 1> first{};  // by row of the union
+    std::array<Addition, CountAdditions()> of{};
+  };
+
+  static constexpr Additions MakeAdditions() {
+    std::array<size_t, kUnionRows * kWide + 1> start{};  // by cell
+    ForAdditions([&start](size_t cell, int) { ++start[cell + 1]; });
+    for (size_t cell = 1; cell < start.size(); ++cell) start[cell] += start[cell - 1];
+    Additions additions;
+    for (size_t row = 0; row < additions.first.size(); ++row) additions.first[row] = start[row * kWide];
+    auto next = start;
+    ForAdditions([&](size_t cell, int place) {
+      const size_t at = next[cell]++;
+      const bool loads = at == start[cell], keeps = loads && start[cell + 1] - at > 1;
+      additions.of[at] = {static_cast<int>(cell) % kWide - kReach, place, loads, keeps};
+    });
     return additions;
   }
+  static constexpr Additions kAdditions = MakeAdditions();
 
-  template <int kRow, int... kIndex>
-  [[gnu::always_inline]] static inline void AddRow(std::integer_sequence<int, kIndex...>,
-                                                   [[maybe_unused]] const int32_t* row,
+  template <size_t kStart, size_t... kIndex>
+  [[gnu::always_inline]] static inline void AddRow(std::index_sequence<kIndex...>, [[maybe_unused]] const int32_t* row,
                                                    [[maybe_unused]] Vector (&sums)[kPlaces]) {
-    [[maybe_unused]] constexpr auto kAdditions = AdditionsOf(kRow);  // none in some rows
-    [[maybe_unused]] Vector cells{};
-    ((kAdditions.of[kIndex].loads ? void(cells = Load(row + kAdditions.of[kIndex].column)) : void(),
-      kAdditions.of[kIndex].keeps ? KeepLoaded(cells) : void(), sums[kAdditions.of[kIndex].place] += cells),
+    [[maybe_unused]] Vector cells{};  // some rows have none
+    ((kAdditions.of[kStart + kIndex].loads ? void(cells = Load(row + kAdditions.of[kStart + kIndex].column)) : void(),
+      kAdditions.of[kStart + kIndex].keeps ? KeepLoaded(cells) : void(),
+      sums[kAdditions.of[kStart + kIndex].place] += cells),
      ...);
   }
 
-  template <int... kRow>
-  [[gnu::always_inline]] static inline void AddRows(std::integer_sequence<int, kRow...>, const int32_t* from,
+  template <size_t... kRow>
+  [[gnu::always_inline]] static inline void AddRows(std::index_sequence<kRow...>, const int32_t* from,
                                                     Vector (&sums)[kPlaces]) {
-    (AddRow<kRow - kReach>(std::make_integer_sequence<int, AdditionsOf(kRow - kReach).count>(),
-                           from + CellsTo(kRow - kReach, 0), sums),
+    (AddRow<kAdditions.first[kRow]>(std::make_index_sequence<kAdditions.first[kRow + 1] - kAdditions.first[kRow]>(),
+                                    from + CellsTo(static_cast<int>(kRow) - kReach, 0), sums),
      ...);
   }
 
   [[gnu::always_inline]] static inline void AddTotals(const int32_t* from, Vector (&totals)[kRows]) {
     constexpr Stencil kStencil = Plan::kBuilder.View();
     Vector sums[kPlaces] = {};
-    AddRows(std::make_integer_sequence<int, 2 * kReach + kRows>(), from, sums);
+    AddRows(std::make_index_sequence<kUnionRows>(), from, sums);
     for (int row = 0; row < kRows; ++row)
       for (int sum = 0; sum < kSums; ++sum)
         totals[row] += Shifted(sums[row * kSums + sum], kStencil.sums[static_cast<size_t>(kFirst + sum)].shift);
