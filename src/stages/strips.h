@@ -4,7 +4,8 @@
 // of its footprints and adds it to each partial sum of each row that has the cell; all partial sums of the strip stay in
 // registers. The additions are worked out at compile time, one unrolled function per shape.
 //
-// A shape is a type with the storage of its stencil, `kBuilder`, and `kReach`, how many rows and columns it reaches.
+// A shape is a type with the storage of its stencil, `kBuilder`; `kReach`, how many rows and columns it reaches; and
+// `kMostRows`, which its strips may have at most.
 #ifndef KELVO_STAGES_STRIPS_H
 #define KELVO_STAGES_STRIPS_H
 
