@@ -37,7 +37,7 @@ SharedPieces::Piece* SharedPieces::Next(const std::vector<int64_t>& own) {
     if (Piece* piece = Find(number); piece != nullptr && !piece->begun) return piece;
   const auto other = std::find_if(open_.begin(), open_.end(), [](const Piece& piece) { return !piece.begun; });
   if (other != open_.end()) return &*other;
-  if (ahead_ == count_) return nullptr;
+  if (ahead_ >= count_) return nullptr;
   open_.push_back({ahead_++, false});
   return &open_.back();
 }

@@ -20,7 +20,8 @@ class SharedPieces {
   void Want(const std::vector<int64_t>& pieces);
 
   // A piece for the caller to do and then to end: one of `own` if it can be, else one that another thread wants, else the
-  // one that follows all that were wanted. Waits while all have been begun. Nothing once all of `own` are done.
+  // one that follows all that were wanted, which is for nothing where nobody comes to want it. Waits while all have been
+  // begun. Nothing once all of `own` are done.
   std::optional<int64_t> Begin(const std::vector<int64_t>& own);
 
   // Also if the piece failed.

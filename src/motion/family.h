@@ -132,6 +132,7 @@ constexpr MotionMember MakeMember(Name name) {
   return member;
 }
 
+// By index 0..kMembers - 1.
 constexpr MotionMember MemberAt(int index) {
   return MakeMember(NameOf(index));
 }

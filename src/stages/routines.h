@@ -96,6 +96,7 @@ struct Routines {
                        int count);
 };
 
+// The area by the routine that has unrolled code for the stencil.
 inline void ApplyArea(const Routines& routines, const Stencil& stencil, const int32_t* from, int32_t* to,
                       Extent extent) {
   (stencil.line != 0 ? routines.line_area : routines.stencil_area)(stencil, from, to, extent);
