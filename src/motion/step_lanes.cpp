@@ -7,6 +7,7 @@
 #include "motion/step_sweep.h"
 #include "stages/lane_search.h"
 #include "stages/misfit_lanes.h"
+#include "stages/weight_lanes.h"
 
 namespace kelvo::KELVO_TARGET {
 namespace {
@@ -37,43 +38,52 @@ struct LaneAmounts {
     Prepare(model.rising, rising);
     Prepare(model.falling, falling);
   }
-  static void Prepare(const StepSide& side, uint32_t* amounts) {
-    for (int i = 0; i < side.count; ++i) amounts[i] = AsLarge(Bits(side.amounts[static_cast<size_t>(i)]));
+  static void Prepare(const StepSide& side, Vector* amounts) {
+    for (int i = 0; i < side.padded; ++i) amounts[i] = AsLarge(All(Bits(side.amounts[static_cast<size_t>(i)])));
   }
-  uint32_t rising[StepSide::kMax], falling[StepSide::kMax];
+  Vector rising[StepSide::kMax], falling[StepSide::kMax];
 };
 
-// The cells `cell`, `cell + 1`, .. of a sweep under search: a trial of LaneSearch. Every lane is a StepTrial; the loads
-// are contiguous. As with pairs (round/pair_lanes.h), magnitudes are summed as |r - s| = 2 max(r, s) - r - s, and a side
-// that rises is kept as what it lacks.
+// Neighbouring cells of a sweep under search: a trial of LaneSearch. Every lane is a StepTrial; the loads are
+// contiguous. As with pairs (round/pair_lanes.h), magnitudes are summed as |r - s| = 2 max(r, s) - r - s, and a side that
+// rises is kept as what it lacks.
 template <int kShape>
 class StepLanes {
  public:
-  StepLanes(const StepSweep& sweep, const LaneAmounts& amounts, int cell, Vector unit)
-      : sweep_(sweep), amounts_(amounts), estimate_(sweep.estimate + cell), floor_(sweep.floor + cell), unit_(unit) {
+  StepLanes(const StepSweep& sweep, const LaneAmounts& amounts) : sweep_(sweep), amounts_(amounts) {}
+
+  // Reads the cells `cell`, `cell + 1`, ..
+  void Read(int cell, Vector unit) {
+    estimate_ = sweep_.estimate + cell;
+    floor_ = sweep_.floor + cell;
+    unit_ = unit;
     Unrolled<kTaps>([&](auto i) {
-      around_[i] = Vector{};
-      Unrolled<kCells.moved[i].count>([&](auto k) { around_[i] += Load(estimate_ + kCells.moved[i].neighbours[k]); });
+      Vector around{};
+      Unrolled<kCells.moved[i].count>([&](auto k) { around += Load(estimate_ + kCells.moved[i].neighbours[k]); });
+      around_[i] = around;
     });
     SetMoves();
-    const StepModel& model = *sweep.model;
-    Read(model.falling, cell, fallen_, total_fallen_);
-    Read(model.rising, cell, lacks_, total_lacks_);
-    for (int i = 0; i < model.rising.count; ++i) lacks_[i] = Vector{} - lacks_[i];
-    total_lacks_ = Vector{} - total_lacks_;
-    falling_weight_ = DataWeights(cell + model.falling.pixel);
-    rising_weight_ = DataWeights(cell + model.rising.pixel);
+    const StepModel& model = *sweep_.model;
+    const int32_t *misfit = sweep_.misfit + cell, *observed = sweep_.observed + cell;
+    total_fallen_ = ReadSide(model.falling, fallen_, [&](int at) { return Load(misfit + at); });
+    total_lacks_ = ReadSide(model.rising, lacks_, [&](int at) { return Vector{} - Load(misfit + at); });
+    falling_weight_ = DataWeights(sweep_.blurred, Load(observed + model.falling.pixel));
+    rising_weight_ = DataWeights(sweep_.blurred, Load(observed + model.rising.pixel));
   }
 
   Vector Cost(Vector units) const {
     const Vector scaled = units << sweep_.scale_shift;
     Vector values[kTaps], rough[kTaps];
+    SmoothnessPlaces places[(kTaps + 1) / 2];
     Unrolled<kTaps>([&](auto i) { values[i] = Value<i>(scaled); });
+    Unrolled<(kTaps + 1) / 2>([&](auto k) { places[k].Set(Index<2 * k>(values), Index<Second(k)>(values)); });
+    Vector cost = Misfit(scaled);
     Unrolled<kTaps>([&](auto i) {
       Vector over{};
       Unrolled<kCells.moved[i].count>(
           [&](auto k) { over += Greater(values[i], Load(estimate_ + kCells.moved[i].neighbours[k])); });
       rough[i] = (over << 1) - around_[i] - values[i] * static_cast<uint32_t>(kCells.moved[i].count);
+      KeepLoaded(rough[i]);  // one cell after the other; compilers take all at once, for which registers do not suffice
     });
     // Both ends see the difference of moved cells that touch, and so it counts half.
     Unrolled<kCells.touching_count>([&](auto k) {
@@ -82,8 +92,10 @@ class StepLanes {
       rough[kPair.first] += half;
       rough[kPair.second] += half;
     });
-    Vector cost = Misfit(scaled);
-    Unrolled<kTaps>([&](auto i) { cost += MulHigh(RoughnessWeights<i>(values[i]), rough[i]); });
+    Unrolled<(kTaps + 1) / 2>([&](auto k) {
+      cost += Weighed(places[k].First(sweep_.blurred), rough[2 * k]);
+      if constexpr (Second(k) != 2 * k) cost += Weighed(places[k].Second(sweep_.blurred), rough[Second(k)]);
+    });
     return cost;
   }
 
@@ -127,33 +139,38 @@ class StepLanes {
     return kTap.sign < 0 ? was - move : was + move;
   }
 
-  void Read(const StepSide& side, int cell, Vector* residuals, Vector& total) const {
-    for (int i = 0; i < side.count; ++i)
-      total += residuals[i] = Load(sweep_.misfit + cell + side.cells[static_cast<size_t>(i)]);
+  // Fills `cells`, padding with 0. Returns their sum.
+  template <class Cell>
+  static Vector ReadSide(const StepSide& side, Vector* cells, Cell cell) {
+    Vector total{};
+    for (int i = 0; i < side.count; ++i) {
+      const Vector read = cell(side.cells[static_cast<size_t>(i)]);
+      cells[i] = read;
+      total += read;
+    }
+    for (int i = side.count; i < side.padded; ++i) cells[i] = Vector{};
+    return total;
   }
 
-  Vector DataWeights(int pixel) const {
-    return Gather(DataWeightTable(sweep_.blurred), ShiftRightArithmetic(Load(sweep_.observed + pixel), 16));
-  }
+  // The second of pair `k` of taps; of an odd one the first again.
+  static constexpr int Second(int k) { return 2 * k + 1 < kTaps ? 2 * k + 1 : 2 * k; }
 
   template <int i>
-  Vector RoughnessWeights(Vector value) const {
-    const Vector below = ShiftRightArithmetic(value - Load(floor_ + kCells.taps.taps[i].cell), 1);
-    const Vector index = ShiftRightArithmetic(value + NegativePart(below), 16);
-    return Gather(SmoothnessTable(sweep_.blurred), Clamp(index, kFirstSmoothness, kLastSmoothness));
+  Vector Index(const Vector* values) const {
+    return SmoothnessIndex(values[i], Load(floor_ + kCells.taps.taps[i].cell));
   }
 
   Vector Misfit(Vector scaled) const {
     const StepSide &rising = sweep_.model->rising, &falling = sweep_.model->falling;
     const Vector small = AsSmall(scaled);
     Vector fallen{}, lacks{};
-    for (int i = 0; i < rising.count; ++i) {
-      const Vector step = Product(small, All(amounts_.rising[i]));
+    ForPairs(rising.count, [&](int i) {
+      const Vector step = Product(small, amounts_.rising[i]);
       lacks += Greater(lacks_[i], step);
       if constexpr (kMirrored) fallen += Greater(fallen_[i], step);
-    }
+    });
     if constexpr (!kMirrored)
-      for (int i = 0; i < falling.count; ++i) fallen += Greater(fallen_[i], Product(small, All(amounts_.falling[i])));
+      ForPairs(falling.count, [&](int i) { fallen += Greater(fallen_[i], Product(small, amounts_.falling[i])); });
     const auto misfit = [&](const StepSide& side, Vector over, Vector total) {
       return (over << 1) - total - scaled * static_cast<uint32_t>(side.total_amount);
     };
@@ -163,35 +180,70 @@ class StepLanes {
 
   const StepSweep& sweep_;
   const LaneAmounts& amounts_;
-  const int32_t *estimate_, *floor_;
+  const int32_t *estimate_, *floor_;  // at the first cell
   Vector unit_;
   Vector moves_[kTaps];   // of one unit, of every first tap
   Vector around_[kTaps];  // sums of the neighbours that do not move
   Vector falling_weight_, rising_weight_;
-  Vector total_fallen_{}, total_lacks_{};
+  Vector total_fallen_, total_lacks_;
   Vector fallen_[StepSide::kMax], lacks_[StepSide::kMax];
 };
 
-// The last vector overlaps the one before it and keeps that one's codes.
+// A vector of cells under search. The last of a row overlaps the one before it and keeps that one's codes.
 template <int kShape>
-void SearchRow(const StepSweep& sweep, const LaneAmounts& amounts, const LaneCoder& coder, int row, int first,
-               int count) {
-  for (int done = 0; done < count; done += kLanes) {
-    const int at = done <= count - kLanes ? done : count - kLanes;
-    int32_t* codes = sweep.codes + CellsTo(row, first + at);
-    const Vector was = Load(codes), previous = LaneCoder::Previous(was), unit = coder.Units(previous);
-    if (!IsTame(sweep, unit)) {
-      plain::MoveSteps(sweep, {row, row + 1, first + done, first + at + kLanes});
-      continue;
+class StepGroup {
+ public:
+  StepGroup(const StepSweep& sweep, const LaneAmounts& amounts, const LaneCoder& coder, const Window& window)
+      : sweep_(sweep), coder_(coder), window_(window), trial_(sweep, amounts), search_(trial_) {}
+
+  static int CountInRow(const Window& window) { return (window.columns() + kLanes - 1) / kLanes; }
+
+  bool Begin(int number) {
+    const int in_row = CountInRow(window_), row = window_.first_row + number / in_row;
+    const int first = number % in_row * kLanes, at = Lesser(first, window_.columns() - kLanes);
+    const int cell = CellsTo(row, window_.first_column + at);
+    skip_ = first - at;
+    codes_ = sweep_.codes + cell;
+    was_ = Load(codes_);
+    const Vector previous = LaneCoder::Previous(was_), unit = coder_.Units(previous);
+    if (!IsTame(sweep_, unit)) {
+      const int column = window_.first_column + at;
+      plain::MoveSteps(sweep_, {row, row + 1, column + skip_, column + kLanes});
+      return false;
     }
-    StepLanes<kShape> trial(sweep, amounts, CellsTo(row, first + at), unit);
-    LaneSearch search(trial, All(~0u), coder.FirstSign(previous), HalvesOnReversal(sweep));
-    const Vector coded = coder.Coded(was, search.Run());
-    for (int i = done - at; i < kLanes; ++i) codes[i] = static_cast<int32_t>(coded[i]);
+    trial_.Read(cell, unit);
+    search_.Begin(All(~0u), coder_.FirstSign(previous), HalvesOnReversal(sweep_));
+    return true;
   }
+
+  bool Step() { return search_.Step(); }
+
+  void Finish() const {
+    const Vector coded = coder_.Coded(was_, search_.units());
+    for (int i = skip_; i < kLanes; ++i) codes_[i] = static_cast<int32_t>(coded[i]);
+  }
+
+ private:
+  static int Lesser(int a, int b) { return a < b ? a : b; }
+
+  const StepSweep& sweep_;
+  const LaneCoder& coder_;
+  const Window& window_;
+  int32_t* codes_;
+  int skip_;  // lanes whose codes the vector before has
+  Vector was_;
+  StepLanes<kShape> trial_;
+  LaneSearch<StepLanes<kShape>> search_;
+};
+
+template <int kShape>
+void SearchWindow(const StepSweep& sweep, const LaneAmounts& amounts, const LaneCoder& coder, const Window& window) {
+  using Group = StepGroup<kShape>;
+  Group groups[] = {Group(sweep, amounts, coder, window), Group(sweep, amounts, coder, window)};
+  SearchInTurns(groups, window.rows() * Group::CountInRow(window));
 }
 
-using RowSearch = void (*)(const StepSweep&, const LaneAmounts&, const LaneCoder&, int row, int first, int count);
+using WindowSearch = void (*)(const StepSweep&, const LaneAmounts&, const LaneCoder&, const Window&);
 
 // Under the thread sanitizer, and for clang-tidy, the shapes of two operators are enough.
 constexpr bool IsBuilt([[maybe_unused]] StepOperator step_operator) {
@@ -203,15 +255,15 @@ constexpr bool IsBuilt([[maybe_unused]] StepOperator step_operator) {
 }
 
 template <int kShape>
-constexpr RowSearch SearchOf() {
+constexpr WindowSearch SearchOf() {
   constexpr auto kOperator = static_cast<StepOperator>(kShape / kBuckets);
   if constexpr (IsBuilt(kOperator) && motion::ShapeNumber(kOperator, kShape % kBuckets * 5) == kShape)
-    return SearchRow<kShape>;
+    return SearchWindow<kShape>;
   return nullptr;
 }
 
 template <int... shape>
-constexpr std::array<RowSearch, sizeof...(shape)> MakeSearches(std::integer_sequence<int, shape...> /*shapes*/) {
+constexpr std::array<WindowSearch, sizeof...(shape)> MakeSearches(std::integer_sequence<int, shape...> /*shapes*/) {
   return {SearchOf<shape>()...};
 }
 constexpr auto kSearches = MakeSearches(std::make_integer_sequence<int, motion::kShapes>());
@@ -219,13 +271,12 @@ constexpr auto kSearches = MakeSearches(std::make_integer_sequence<int, motion::
 }  // namespace
 
 void MoveSteps(const StepSweep& sweep, const Window& window) {
-  const RowSearch search = kSearches.data()[sweep.model->shape];
+  const WindowSearch search = kSearches.data()[sweep.model->shape];
   if (search == nullptr || window.columns() < kLanes || !FillMisfit(sweep, window.Widened(sweep.model->reach)))
     return plain::MoveSteps(sweep, window);
   const LaneCoder coder(sweep);
   const LaneAmounts amounts(*sweep.model);
-  for (int row = window.first_row; row < window.end_row; ++row)
-    search(sweep, amounts, coder, row, window.first_column, window.columns());
+  search(sweep, amounts, coder, window);
 }
 
 }  // namespace kelvo::KELVO_TARGET

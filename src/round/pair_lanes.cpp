@@ -48,17 +48,53 @@ void StoreCodes(int32_t* codes, Vector coded, int skip) {
   for (int i = skip; i < kLanes; ++i) codes[kStride * i] = static_cast<int32_t>(coded[i]);
 }
 
-// The last vector overlaps the one before it and keeps that one's codes.
+// A vector of pairs under search. The last of a row overlaps the one before it and keeps that one's codes.
 template <int kStride>
-void SearchRow(const PairSweep& sweep, const PairAmounts& amounts, const LaneCoder& coder, int first, int count,
-               bool tame) {
-  for (int done = 0; done < count; done += kLanes) {
-    const int at = done <= count - kLanes ? done : count - kLanes, cell = first + kStride * at;
-    const Vector codes = LoadCodes<kStride>(sweep.codes + cell), previous = LaneCoder::Previous(codes);
-    PairLanes<RowCells<kStride>> trial(sweep, amounts, {sweep, cell}, coder.Units(previous), tame);
-    LaneSearch search(trial, All(~0u), coder.FirstSign(previous), HalvesOnReversal(sweep));
-    StoreCodes<kStride>(sweep.codes + cell, coder.Coded(codes, search.Run()), done - at);
+class PairGroup {
+ public:
+  PairGroup(const PairMoves& moves, const PairSweep& sweep, const PairAmounts& amounts, const LaneCoder& coder,
+            bool tame)
+      : moves_(moves), sweep_(sweep), coder_(coder), trial_(sweep, amounts), search_(trial_), tame_(tame) {}
+
+  static int CountInRow(const PairMoves& moves) { return (moves.PairsInRow() + kLanes - 1) / kLanes; }
+
+  bool Begin(int number) {
+    const int in_row = CountInRow(moves_), first = number % in_row * kLanes;
+    const int at = std::min(first, moves_.PairsInRow() - kLanes);
+    const int cell =
+        CellsTo(moves_.window.first_row + kStride * (number / in_row), moves_.window.first_column + kStride * at);
+    skip_ = first - at;
+    codes_ = sweep_.codes + cell;
+    was_ = LoadCodes<kStride>(codes_);
+    const Vector previous = LaneCoder::Previous(was_);
+    trial_.Read(RowCells<kStride>(sweep_, cell), coder_.Units(previous), tame_);
+    search_.Begin(All(~0u), coder_.FirstSign(previous), HalvesOnReversal(sweep_));
+    return true;
   }
+
+  bool Step() { return search_.Step(); }
+
+  void Finish() const { StoreCodes<kStride>(codes_, coder_.Coded(was_, search_.units()), skip_); }
+
+ private:
+  const PairMoves& moves_;
+  const PairSweep& sweep_;
+  const LaneCoder& coder_;
+  int32_t* codes_;
+  int skip_;  // lanes whose codes the vector before has
+  Vector was_;
+  PairLanes trial_;
+  LaneSearch<PairLanes> search_;
+  bool tame_;
+};
+
+template <int kStride>
+void SearchFamily(const PairMoves& moves, const PairSweep& sweep, const LaneCoder& coder, bool tame) {
+  using Group = PairGroup<kStride>;
+  const PairAmounts amounts(*sweep.model);
+  Group groups[] = {Group(moves, sweep, amounts, coder, tame), Group(moves, sweep, amounts, coder, tame)};
+  const int rows = (moves.window.rows() + kStride - 1) / kStride;
+  SearchInTurns(groups, rows * Group::CountInRow(moves));
 }
 
 // How far the pairs of all families reach, and over how many columns.
@@ -132,9 +168,13 @@ class WaveSweep {
     Vector active{};
     const Vector at = CellsOf(wave, active), codes = Gather(sweep_.codes, at), previous = LaneCoder::Previous(codes);
     const WaveCells cells(sweep_, model_, planes, at);
-    PairLanes<WaveCells> trial(sweep_, amounts_, cells, coder_.Units(previous), false);
-    LaneSearch search(trial, active, coder_.FirstSign(previous), HalvesOnReversal(sweep_));
-    const Vector units = search.Run(), coded = coder_.Coded(codes, units);
+    PairLanes trial(sweep_, amounts_);
+    trial.Read(cells, coder_.Units(previous), false);
+    LaneSearch search(trial);
+    search.Begin(active, coder_.FirstSign(previous), HalvesOnReversal(sweep_));
+    while (search.Step()) {
+    }
+    const Vector units = search.units(), coded = coder_.Coded(codes, units);
     if (Any(units)) cells.Finish(units, trial.spread());
     for (int i = 0; i < kLanes; ++i)
       if (active[i] != 0) sweep_.codes[at[i]] = Signed(coded[i]);
@@ -171,13 +211,8 @@ void MovePairs(const PairMoves& moves) {
   if (!moves.sweeps[0].undo) return MoveInWaves(moves, WaveLayout(moves, families.reach, families.span));
   const bool tame = FillMisfit(moves.sweeps[0], moves.window.Widened(families.reach));
   const LaneCoder coder(moves.sweeps.data()[0]);
-  const auto search = moves.stride == 1 ? SearchRow<1> : SearchRow<2>;
-  for (int i = 0; i < moves.count; ++i) {
-    const PairSweep& sweep = moves.sweeps.data()[i];
-    const PairAmounts amounts(*sweep.model);
-    for (int row = moves.window.first_row; row < moves.window.end_row; row += moves.stride)
-      search(sweep, amounts, coder, CellsTo(row, moves.window.first_column), moves.PairsInRow(), tame);
-  }
+  const auto search = moves.stride == 1 ? SearchFamily<1> : SearchFamily<2>;
+  for (int i = 0; i < moves.count; ++i) search(moves, moves.sweeps.data()[i], coder, tame);
 }
 
 }  // namespace kelvo::KELVO_TARGET

@@ -1,10 +1,10 @@
 // The search of stages/move_search.h in every lane of a vector, and what codes its result.
 //
-// The cells of a vector do not depend on one another, so a lane is free to be tried on with steps that it has no use
-// for: lanes that are done wait until all are. The state of a trial is its number of units alone:
+// The cells of a vector do not depend on one another: every lane tries its own next step, and lanes that are done wait
+// until all are. The state of a trial is its number of units alone:
 //   Vector Cost(Vector units) const   cost after `units` in all
-//   void HalveUnits(Vector lanes)     halves the unit in the lanes of the mask
 //   void Accept(Vector lanes, Vector step)  told of every step that is taken
+//   void HalveUnits(Vector lanes)     halves the unit in the lanes of the mask, and forgets what they accepted
 #ifndef KELVO_STAGES_LANE_SEARCH_H
 #define KELVO_STAGES_LANE_SEARCH_H
 
@@ -14,78 +14,114 @@
 
 namespace kelvo::KELVO_TARGET {
 
+// body(0), body(1), .. body(count - 1), two at a time; where `count` is odd body(count) too, which is to be padding.
+template <class Body>
+[[gnu::always_inline]] inline void ForPairs(int count, Body body) {
+  for (int i = 0; i < count; i += 2) {
+    body(i);
+    body(i + 1);
+  }
+}
+
 template <class Trial>
 class LaneSearch {
  public:
-  // Searches the lanes of the mask `active`; the others stay unmoved.
-  LaneSearch(Trial& trial, Vector active, Vector first_sign, bool halve_on_reversal)
-      : active_(active), sign_(first_sign), trial_(trial), halve_(halve_on_reversal) {}
+  explicit LaneSearch(Trial& trial) : trial_(trial) {}
+
+  // Begins to search the lanes of the mask `active`; the others stay unmoved.
+  void Begin(Vector active, Vector first_sign, bool halve_on_reversal) {
+    active_ = active;
+    sign_ = first_sign;
+    halve_ = halve_on_reversal;
+    steps_ = 0;
+    units_ = back_ = turning_ = unseen_ = Vector{};
+    growing_ = All(~0u);
+    step_ = active & 1;
+    cost_ = trial_.Cost(units_);
+  }
+
+  // Tries the next step of every lane that is not done. Returns whether there are any left.
+  bool Step() {
+    const Vector direction = Negative(sign_ ^ back_);
+    const Vector step = (step_ ^ direction) - direction, candidate = units_ + step, next = trial_.Cost(candidate);
+    const Vector better = (Less(next, cost_) | unseen_) & ~Equal(step_, Vector{});
+    trial_.Accept(better, step);
+    cost_ = Select(better, next, cost_);
+    units_ = Select(better, candidate, units_);
+    sign_ = Select(better & back_, Vector{} - sign_, sign_);
+    Advance(better);
+    if (++steps_ <= 3) Turn();
+    return Any(step_);
+  }
 
   // The best moves in units.
-  Vector Run() {
-    const Vector unmoved = trial_.Cost(Vector{});
-    cost_ = trial_.Cost(sign_);
-    Vector moving = Less(cost_, unmoved) & active_;
-    const Vector others = active_ & ~moving;
-    if (Any(others)) moving |= Turn(others, unmoved);
-    units_ = sign_ & moving;
-    trial_.Accept(moving, sign_);
-    if (Any(moving)) Halve(Double(moving) & moving);
-    return units_;
-  }
+  Vector units() const { return units_; }
 
  private:
-  // Tries the other sign in `lanes`; returns those that it helps.
-  Vector Turn(Vector lanes, Vector unmoved) {
-    const Vector other = trial_.Cost(Vector{} - sign_);
-    const Vector turned = lanes & Less(other, unmoved);
-    if (!Any(turned)) return turned;
-    sign_ = Select(turned, Vector{} - sign_, sign_);
-    cost_ = Select(turned, other, cost_);
-    if (halve_) {
-      trial_.HalveUnits(turned);
-      cost_ = Select(turned, trial_.Cost(sign_), cost_);
-    }
-    return turned;
+  static constexpr uint32_t kGreatestStep = 1u << kMaxDoublings;
+
+  // Doubles as long as that pays; then down again, each size forward, half the size back where that failed, and forward
+  // again.
+  void Advance(Vector better) {
+    const Vector grown = growing_ & better, greatest = Equal(step_, All(kGreatestStep));
+    const Vector lower = Select(back_ & ~better, step_, step_ >> 1);
+    step_ = Select(grown, Select(greatest, step_, step_ << 1), lower);
+    back_ = ~(growing_ | back_ | better);
+    growing_ = grown & ~greatest;
   }
 
-  // Doubles in the lanes where that pays; returns the last step that did, 1 if none.
-  Vector Double(Vector running) {
-    Vector last = All(1);
-    for (int j = 1; j <= kMaxDoublings && Any(running); ++j) {
-      const Vector candidate = units_ + (sign_ << j), next = trial_.Cost(candidate);
-      running &= Less(next, cost_);
-      cost_ = Select(running, next, cost_);
-      trial_.Accept(running, sign_ << j);
-      units_ = Select(running, candidate, units_);
-      last = Select(running, All(1u << j), last);
-    }
-    return last;
-  }
-
-  // From `step` units down: each size forward, half the size back where that fails, and forward again. A lane whose
-  // step is 0 is done.
-  void Halve(Vector step) {
-    Vector back{};
-    while (Any(step)) {
-      const Vector direction = Negative(sign_ ^ back);
-      const Vector signed_step = (step ^ direction) - direction;
-      const Vector candidate = units_ + signed_step, next = trial_.Cost(candidate);
-      const Vector better = Less(next, cost_) & ~Equal(step, Vector{});
-      cost_ = Select(better, next, cost_);
-      trial_.Accept(better, signed_step);
-      units_ = Select(better, candidate, units_);
-      sign_ = Select(better & back, Vector{} - sign_, sign_);
-      step = Select(~back | better, step >> 1, step);
-      back = ~back & ~better;
+  // Lanes that the first unit did not help try the other sign, with half the unit if that helps.
+  void Turn() {
+    unseen_ = Vector{};
+    if (steps_ == 1) {
+      turning_ = active_ & Equal(units_, Vector{});
+      sign_ = Select(turning_, Vector{} - sign_, sign_);
+      step_ |= turning_ & 1;
+      growing_ |= turning_;
+    } else if (steps_ == 2 && halve_) {
+      unseen_ = turning_ & ~Equal(units_, Vector{});
+      if (!Any(unseen_)) return;
+      trial_.HalveUnits(unseen_);
+      units_ &= ~unseen_;
+      step_ = Select(unseen_, All(1), step_);
     }
   }
 
-  Vector active_, sign_;
-  Vector cost_{}, units_{};
+  Vector active_, sign_, cost_, units_;
+  Vector step_;     // the size of the next one; 0 in lanes that are done
+  Vector growing_;  // lanes whose steps still double
+  Vector back_;     // lanes that go against their sign for one step
+  Vector turning_;  // lanes that the first unit did not help
+  Vector unseen_;   // lanes that take the next step whatever it costs
+  int steps_;
   Trial& trial_;
   bool halve_;
 };
+
+// Searches `count` vectors of cells, some at a time: a trial waits for the one before it, but not for those of other
+// vectors, and the processor works on both. A Group searches one vector after the other:
+//   bool Begin(int number)   returns whether there is anything to search
+//   bool Step()              returns whether anything is left to search
+//   void Finish()            codes what was found
+template <class Group, size_t kGroups>
+void SearchInTurns(Group (&groups)[kGroups], int count) {
+  int next = 0;
+  const auto begin = [&](Group& group) {
+    while (next < count)
+      if (group.Begin(next++)) return true;
+    return false;
+  };
+  bool running[kGroups];
+  size_t left = 0;
+  for (size_t i = 0; i < kGroups; ++i) left += running[i] = begin(groups[i]);
+  while (left > 0)
+    for (size_t i = 0; i < kGroups; ++i) {
+      if (!running[i] || groups[i].Step()) continue;
+      groups[i].Finish();
+      running[i] = begin(groups[i]);
+      left -= !running[i];
+    }
+}
 
 // What the cells of a row have in common: the units of the step codes 0..15, -16..-1, and how moves are coded.
 class LaneCoder {
