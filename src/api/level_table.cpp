@@ -4,7 +4,6 @@
 #include "analysis/jpeg_rows.h"
 #include "analysis/width_fit.h"
 #include "enlarge/reshape.h"
-#include "motion/line_strips.h"
 #include "motion/step_sweep.h"
 #include "motion/tap_row.h"
 #include "round/pair_sweep.h"
@@ -19,7 +18,6 @@ namespace kelvo::KELVO_TARGET {
 
 const Routines kRoutines = {.stencil_row = StencilRow,
                             .stencil_area = StencilArea,
-                            .line_area = LineArea,
                             .minimum_row = MinimumRow,
                             .linear_row = LinearRow,
                             .display_row = DisplayRow,

@@ -94,12 +94,4 @@ const Stencil& ObservedLineSmoother(const MotionMember& member) {
   return kSmoothers[static_cast<size_t>(BucketOf(member.angle))];
 }
 
-namespace plain {
-
-void LineArea(const Stencil& stencil, const int32_t* from, int32_t* to, Extent extent) {
-  StencilArea(stencil, from, to, extent);
-}
-
-}  // namespace plain
-
 }  // namespace kelvo

@@ -1,7 +1,6 @@
-// The blurs along bare lines in strips (stages/strips.h).
 #include "motion/line_strips.h"
+
 #include "motion/line.h"
-#include "stages/strips.h"
 
 namespace kelvo::KELVO_TARGET {
 namespace {
@@ -22,8 +21,8 @@ constexpr auto kStrips = MakeStrips(std::make_integer_sequence<int, motion::kMem
 
 }  // namespace
 
-void LineArea(const Stencil& stencil, const int32_t* from, int32_t* to, Extent extent) {
-  RunStrips(kStrips.data()[stencil.line - 1], stencil, from, to, extent);
+Strip LineStrip(int index) {
+  return kStrips.data()[index];
 }
 
 }  // namespace kelvo::KELVO_TARGET

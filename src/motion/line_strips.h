@@ -1,14 +1,13 @@
-// Blurs along lines over areas.
+// The strips of blurs along lines (stages/strips.h).
 #ifndef KELVO_MOTION_LINE_STRIPS_H
 #define KELVO_MOTION_LINE_STRIPS_H
 
-#include "stages/stencil.h"
-#include "stages/target.h"
+#include "stages/strips.h"
 
 namespace kelvo::KELVO_TARGET {
 
-// See Routines::line_area.
-void LineArea(const Stencil& stencil, const int32_t* from, int32_t* to, Extent extent);
+// Of the bare line of the member `index` of straight motion.
+Strip LineStrip(int index);
 
 }  // namespace kelvo::KELVO_TARGET
 

@@ -1,6 +1,6 @@
-// The blurs of discs in strips (strips.h), and the areas of all stencils that have none.
+#include "stages/disc_strips.h"
+
 #include "stages/stencils/disc.h"
-#include "stages/strips.h"
 
 namespace kelvo::KELVO_TARGET {
 namespace {
@@ -12,16 +12,16 @@ struct Disc {
 };
 
 template <int... kWidthsBefore>
-constexpr std::array<Strip, kMaxWidth + 1> MakeStrips(std::integer_sequence<int, kWidthsBefore...>) {
-  return {Strip{}, MakeStrip<Disc<kWidthsBefore + 1>, kWidthsBefore + 1>()...};
+constexpr std::array<Strip, kMaxWidth> MakeStrips(std::integer_sequence<int, kWidthsBefore...>) {
+  return {MakeStrip<Disc<kWidthsBefore + 1>, kWidthsBefore + 1>()...};
 }
 
 constexpr auto kStrips = MakeStrips(std::make_integer_sequence<int, kMaxWidth>());
 
 }  // namespace
 
-void StencilArea(const Stencil& stencil, const int32_t* from, int32_t* to, Extent extent) {
-  RunStrips(kStrips.data()[stencil.disc], stencil, from, to, extent);
+Strip DiscStrip(int width) {
+  return kStrips.data()[width - 1];
 }
 
 }  // namespace kelvo::KELVO_TARGET

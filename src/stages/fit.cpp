@@ -49,7 +49,7 @@ void ForRows(const Area& area, Work work) {
 void FindMisfit(const Tile& tile, const Stencil& blur, const Area& area) {
   const int first = area.first_column, count = area.end_column - first;
   ForRows(area, [&](int row, int rows) {
-    ApplyArea(tile.routines(), blur, tile.Row(kAhead, row, first), tile.Row(kMisfit, row, first), {rows, count});
+    tile.routines().stencil_area(blur, tile.Row(kAhead, row, first), tile.Row(kMisfit, row, first), {rows, count});
     for (int end = row + rows; row < end; ++row)
       tile.routines().fit_misfit_row(tile.Row(kObserved, row, first), tile.Row(kMisfit, row, first), count);
   });
@@ -58,7 +58,7 @@ void FindMisfit(const Tile& tile, const Stencil& blur, const Area& area) {
 void FindGradient(const Tile& tile, const Stencil& blur, int smooth_shift, const Area& area) {
   const int first = area.first_column, count = area.end_column - first;
   ForRows(area, [&](int row, int rows) {
-    ApplyArea(tile.routines(), blur, tile.Row(kMisfit, row, first), tile.Row(kGradient, row, first), {rows, count});
+    tile.routines().stencil_area(blur, tile.Row(kMisfit, row, first), tile.Row(kGradient, row, first), {rows, count});
     for (int end = row + rows; row < end; ++row)
       tile.routines().fit_smooth_row(tile.Row(kAhead, row, first), tile.Row(kLimit, row, first), smooth_shift,
                                      tile.Row(kGradient, row, first), count);
@@ -69,7 +69,7 @@ void Step(const Tile& tile, const Stencil& blur, FitPace pace, const Area& area)
   const int first = area.first_column, count = area.end_column - first;
   int32_t blurred[kAreaRows * kTileSize];
   ForRows(area, [&](int row, int rows) {
-    ApplyArea(tile.routines(), blur, tile.Row(kGradient, row, first), blurred, {rows, count});
+    tile.routines().stencil_area(blur, tile.Row(kGradient, row, first), blurred, {rows, count});
     for (int i = 0; i < rows; ++i)
       tile.routines().fit_step_row(tile.Row(kGradient, row + i, first), blurred + i * kTileSize, pace,
                                    tile.Row(kAhead, row + i, first), tile.Row(kEstimate, row + i, first), count);

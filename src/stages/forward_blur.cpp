@@ -16,8 +16,8 @@ void BlurDisplay(const Tile& tile, const Stencil& blur) {
     ToLinearRow(tile, tile.Row(kDisplay, row, seen.first), tile.Row(kEstimate, row, seen.first), seen.size());
 
   const Region core(0);
-  ApplyArea(tile.routines(), blur, tile.Row(kEstimate, core.first, core.first),
-            tile.Row(kDisplay, core.first, core.first), {core.size(), core.size()});
+  tile.routines().stencil_area(blur, tile.Row(kEstimate, core.first, core.first),
+                               tile.Row(kDisplay, core.first, core.first), {core.size(), core.size()});
   for (int row = core.first; row < core.end; ++row) {
     int32_t* result = tile.Row(kDisplay, row, core.first);
     ToDisplayRow(tile, result, result, core.size());

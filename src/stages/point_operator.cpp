@@ -6,8 +6,8 @@ namespace kelvo {
 
 void ApplyPointOperator(const Tile& tile, const Stencil& stencil, int from, int to, int margin) {
   const Region region(margin);
-  ApplyArea(tile.routines(), stencil, tile.Row(from, region.first, region.first),
-            tile.Row(to, region.first, region.first), {region.size(), region.size()});
+  tile.routines().stencil_area(stencil, tile.Row(from, region.first, region.first),
+                               tile.Row(to, region.first, region.first), {region.size(), region.size()});
 }
 
 void FindMinimum(const Tile& tile, std::span<const int16_t> cells, int from, int to, int margin) {

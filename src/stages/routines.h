@@ -30,9 +30,8 @@ struct Routines {
   // to[i] = the stencil's value at from + i, for i in 0 .. count - 1. The arrays must not overlap.
   void (*stencil_row)(const Stencil& stencil, const int32_t* from, int32_t* to, int count);
 
-  // The same over rows that lie kTileSize apart in both arrays; line_area for the stencils of lines. ApplyArea chooses.
+  // The same over rows that lie kTileSize apart in both arrays.
   void (*stencil_area)(const Stencil& stencil, const int32_t* from, int32_t* to, Extent extent);
-  void (*line_area)(const Stencil& stencil, const int32_t* from, int32_t* to, Extent extent);
 
   // to[i] = the least of 2000000000 and from[i + c] over all distances c in `cells`.
   void (*minimum_row)(std::span<const int16_t> cells, const int32_t* from, int32_t* to, int count);
@@ -95,12 +94,6 @@ struct Routines {
   void (*fit_step_row)(const int32_t* gradient, const int32_t* blurred, FitPace pace, int32_t* ahead, int32_t* estimate,
                        int count);
 };
-
-// The area by the routine that has unrolled code for the stencil.
-inline void ApplyArea(const Routines& routines, const Stencil& stencil, const int32_t* from, int32_t* to,
-                      Extent extent) {
-  (stencil.line != 0 ? routines.line_area : routines.stencil_area)(stencil, from, to, extent);
-}
 
 // The table of a level; Level::kPlain is what the others are checked against. Where the library was built without the
 // level, that of the greatest below it.

@@ -103,7 +103,7 @@ TEST_CASE("a row of any length equals its cells one by one, and nothing beside i
 bool WritesArea(const Routines& routines, const Stencil& stencil, const int32_t* from, Extent extent) {
   constexpr int kRing = 2, kUntouched = 12345;
   std::vector<int32_t> to(65536, kUntouched);
-  ApplyArea(routines, stencil, from, &to[kRing * 256 + kRing], extent);
+  routines.stencil_area(stencil, from, &to[kRing * 256 + kRing], extent);
   bool same = true;
   for (int row = -kRing; row < extent.rows + kRing; ++row)
     for (int column = -kRing; column < extent.columns + kRing; ++column) {
