@@ -1,6 +1,7 @@
 // kelvo: restores blurred pictures from the command line.
 #include <iostream>
 #include <new>
+#include <optional>
 #include <vips/vips8>
 
 #include "batch_job.h"
@@ -9,6 +10,7 @@
 #include "demo.h"
 #include "detect_job.h"
 #include "exiv2_setup.h"
+#include "format_modules.h"
 #include "interrupt.h"
 #include "members.h"
 #include "options.h"
@@ -41,10 +43,11 @@ ExitStatus RunCommand(const Options& options) {
 
 ExitStatus Run(int argc, char** argv) {
   try {
-    const VipsSession vips(argv[0]);
     const Exiv2Session exiv2;
+    std::optional<VipsSession> vips;
     Options options;
-    if (const auto status = ParseOptions(argc, argv, options)) return *status;
+    const auto begin = [&](const Options& given) { vips.emplace(argv[0], NeedsFormatModules(given)); };
+    if (const auto status = ParseOptions(argc, argv, options, begin)) return *status;
     ChosenRoutines();  // refuses a wrong KELVO_CPU before anything is done
     CatchStopSignals();
     if (options.threads > 0) vips_concurrency_set(options.threads);

@@ -120,9 +120,11 @@ Parsed ParseWithStored(const std::vector<std::string>& arguments, Options& optio
 
 }  // namespace
 
-std::optional<ExitStatus> ParseOptions(int argc, char** argv, Options& options) {
+std::optional<ExitStatus> ParseOptions(int argc, char** argv, Options& options,
+                                       const std::function<void(const Options&)>& begin) {
   const std::vector<std::string> arguments(argv + 1, argv + argc);
   Parsed parsed = Parse(arguments, options);
+  if (!parsed.status) begin(options);
   if (!parsed.status && !(options.preset.empty() && options.like.empty())) parsed = ParseWithStored(arguments, options);
   if (parsed.status) return parsed.status;
   const std::string wrong = Contradiction(options);

@@ -2,6 +2,7 @@
 #ifndef KELVO_HOST_OPTIONS_H
 #define KELVO_HOST_OPTIONS_H
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -45,8 +46,10 @@ struct Options {
 
 // Fills `options`. Returns the exit status if the program is to end here: help or version has been printed, a preset
 // was saved and there is nothing else to do, or the command line was wrong and standard error says how. Throws HostError
-// if stored settings cannot be read or written.
-std::optional<ExitStatus> ParseOptions(int argc, char** argv, Options& options);
+// if stored settings cannot be read or written. `begin` is called with what the command line itself says, before any file
+// is read.
+std::optional<ExitStatus> ParseOptions(int argc, char** argv, Options& options,
+                                       const std::function<void(const Options&)>& begin);
 
 }  // namespace kelvo::host
 

@@ -9,10 +9,32 @@
 
 namespace kelvo::host {
 
-VipsSession::VipsSession(const char* program) {
+namespace {
+
+// While it lives, libvips looks for its modules where there are none; it has no other way to leave them out.
+class WithoutModules {
+ public:
+  explicit WithoutModules(bool wanted) : set_(wanted && g_getenv(kName) == nullptr) {
+    if (set_) g_setenv(kName, "/nonexistent", FALSE);
+  }
+  WithoutModules(const WithoutModules&) = delete;
+  WithoutModules& operator=(const WithoutModules&) = delete;
+  ~WithoutModules() {
+    if (set_) g_unsetenv(kName);
+  }
+
+ private:
+  static constexpr const char* kName = "VIPSHOME";
+  bool set_;
+};
+
+}  // namespace
+
+VipsSession::VipsSession(const char* program, bool format_modules) {
   const auto ignore = [](const gchar*, GLogLevelFlags, const gchar*, gpointer) {};
   g_log_set_handler("VIPS", static_cast<GLogLevelFlags>(G_LOG_LEVEL_WARNING | G_LOG_LEVEL_INFO | G_LOG_LEVEL_DEBUG),
                     ignore, nullptr);
+  const WithoutModules without_modules(!format_modules);
   if (vips_init(program) != 0) throw HostError("libvips does not start: " + TakeVipsMessages());
   // Every picture is worked on once, and a file may change between two runs of one program.
   vips_cache_set_max(0);

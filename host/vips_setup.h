@@ -9,8 +9,8 @@ namespace kelvo::host {
 // libvips for as long as the object lives. Its warnings are kept off standard error: what matters comes as an error.
 class VipsSession {
  public:
-  // Throws HostError.
-  explicit VipsSession(const char* program);
+  // Without `format_modules` only with the formats that are part of libvips itself. Throws HostError.
+  VipsSession(const char* program, bool format_modules);
   VipsSession(const VipsSession&) = delete;
   VipsSession& operator=(const VipsSession&) = delete;
   ~VipsSession();

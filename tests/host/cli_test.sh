@@ -91,6 +91,26 @@ test_metadata() {
   done
 }
 
+# What libvips reads with a module of its own, which is loaded only for such files.
+test_rare_formats() {
+  vips copy rgb.png rare.jxl 2>err || {
+    echo "this libvips writes no JPEG XL, so rare formats are not tested"
+    return
+  }
+  cp rare.jxl named.jpg
+  run 0 blur rare.jxl -o rare-out.png --width 3
+  run 0 blur named.jpg -o named-out.png --width 3
+  same_pixels rare-out.png named-out.png
+  run 0 blur rgb.png -o rgb-out.jxl --width 3
+  has rgb-out.jxl vips-loader jxlload
+  LD_DEBUG=files LD_DEBUG_OUTPUT=loaded-rare run 0 blur rgb.png -o rgb-out.jxl --width 3 --force
+  holds "modules are loaded for a rare format" grep -q vips-modules loaded-rare.*
+  LD_DEBUG=files LD_DEBUG_OUTPUT=loaded-plain run 0 blur photo.jpg rgb.png deep.tif --output-dir plain-out --width 3
+  holds "the loader told what it loads" grep -q libvips loaded-plain.*
+  checks=$((checks + 1))
+  ! grep -q vips-modules loaded-plain.* || fail "modules were loaded for plain formats"
+}
+
 test_colour() {
   run 0 restore cmyk.tif -o cmyk-out.png --width 3
   says "note: cmyk.tif: converted from cmyk to sRGB"
@@ -476,6 +496,7 @@ test_good_runs
 test_direction
 test_members
 test_metadata
+test_rare_formats
 test_colour
 test_enlarge
 test_restore_and_enlarge

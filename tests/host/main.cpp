@@ -4,7 +4,7 @@
 #include "vips_setup.h"
 
 int main(int argc, char** argv) {
-  const kelvo::host::VipsSession session(argv[0]);
+  const kelvo::host::VipsSession session(argv[0], false);
   const kelvo::host::Exiv2Session exiv2;
   return doctest::Context(argc, argv).run();
 }
