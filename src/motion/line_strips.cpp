@@ -9,7 +9,7 @@ template <int kIndex>
 struct Line {
   static constexpr MotionMember kMember = motion::MemberAt(kIndex);
   static constexpr motion::LineBuilder kBuilder = motion::BareLineOf(kMember);
-  static constexpr int kReach = motion::LastColumn(kMember.width, kMember.angle), kMostRows = 3;
+  static constexpr int kReach = motion::LastColumn(kMember.width, kMember.angle), kMostRows = 3, kApart = 0;
 };
 
 template <int... kIndex>

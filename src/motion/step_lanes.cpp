@@ -180,7 +180,7 @@ class StepLanes {
 
   const StepSweep& sweep_;
   const LaneAmounts& amounts_;
-  const int32_t *estimate_, *floor_;  // at the first cell
+  const int32_t *estimate_ = nullptr, *floor_ = nullptr;  // at the first cell
   Vector unit_;
   Vector moves_[kTaps];   // of one unit, of every first tap
   Vector around_[kTaps];  // sums of the neighbours that do not move
@@ -229,8 +229,8 @@ class StepGroup {
   const StepSweep& sweep_;
   const LaneCoder& coder_;
   const Window& window_;
-  int32_t* codes_;
-  int skip_;  // lanes whose codes the vector before has
+  int32_t* codes_ = nullptr;
+  int skip_ = 0;  // lanes whose codes the vector before has
   Vector was_;
   StepLanes<kShape> trial_;
   LaneSearch<StepLanes<kShape>> search_;

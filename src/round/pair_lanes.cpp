@@ -80,8 +80,8 @@ class PairGroup {
   const PairMoves& moves_;
   const PairSweep& sweep_;
   const LaneCoder& coder_;
-  int32_t* codes_;
-  int skip_;  // lanes whose codes the vector before has
+  int32_t* codes_ = nullptr;
+  int skip_ = 0;  // lanes whose codes the vector before has
   Vector was_;
   PairLanes trial_;
   LaneSearch<PairLanes> search_;

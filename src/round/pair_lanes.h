@@ -131,7 +131,7 @@ class PairLanes {
   const PairModel& model_;
   const PairAmounts& amounts_;
   Vector unit_;
-  bool tame_;
+  bool tame_ = false;
   Vector a_, b_, floor_a_, floor_b_, data_weight_a_, data_weight_b_;
   Vector spread_;
   Vector total_a_, total_b_, sum_a_, sum_b_;  // of all residuals, and of all neighbours

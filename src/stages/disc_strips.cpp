@@ -9,6 +9,10 @@ template <int kWidth>
 struct Disc {
   static constexpr disc::DiscBuilder kBuilder = disc::kDisc<kWidth>;
   static constexpr int kReach = DiscReach(kWidth), kMostRows = 6;
+  // Full cells are dealt to partial sums in turns: those of one sum lie as many columns apart as there are turns. Pairs of
+  // them pay where registers hold the sums of too few rows for loads to be shared, but not for small discs.
+  static constexpr int kSums = static_cast<int>(kBuilder.View().sums.size());
+  static constexpr int kApart = kWidth > 8 && RowsFor(kSums, kMostRows) < 3 ? disc::Hands(disc::kDiscs[kWidth]) : 0;
 };
 
 template <int... kWidthsBefore>

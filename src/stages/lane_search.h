@@ -93,9 +93,9 @@ class LaneSearch {
   Vector back_;     // lanes that go against their sign for one step
   Vector turning_;  // lanes that the first unit did not help
   Vector unseen_;   // lanes that take the next step whatever it costs
-  int steps_;
+  int steps_ = 0;
   Trial& trial_;
-  bool halve_;
+  bool halve_ = false;
 };
 
 // Searches `count` vectors of cells, some at a time: a trial waits for the one before it, but not for those of other

@@ -4,8 +4,11 @@
 // of its footprints and adds it to each partial sum of each row that has the cell; all partial sums of the strip stay in
 // registers. The additions are worked out at compile time, one unrolled function per shape.
 //
-// A shape is a type with the storage of its stencil, `kBuilder`; `kReach`, how many rows and columns it reaches; and
-// `kMostRows`, which its strips may have at most.
+// Where partial sums have cells of a row that lie a fixed distance apart, as those of wide discs do, pairs of such cells
+// are added in advance: every pair serves all rows of the area that it counts in.
+//
+// A shape is a type with the storage of its stencil, `kBuilder`; `kReach`, how many rows and columns it reaches;
+// `kMostRows`, which its strips may have at most; and `kApart`, how far apart the cells of a pair lie, 0 if none are paired.
 #ifndef KELVO_STAGES_STRIPS_H
 #define KELVO_STAGES_STRIPS_H
 
@@ -55,7 +58,12 @@ struct StripPlan {
   static constexpr int kPassSums = RowsFor(kSums, Shape::kMostRows) > 1 ? kSums : kRegisters / 4;
   static constexpr int kPasses = (kSums + kPassSums - 1) / kPassSums;
   static constexpr int kRows = RowsFor(kPassSums, Shape::kMostRows);
+  static constexpr int kApart = Shape::kApart;
 };
+
+// A strip reads the cells and, if cells are paired, `pairs`: the sums of the cells and of those kApart columns ahead, in
+// rows that lie so far apart.
+inline constexpr int kPairStride = 96;
 
 // One addition of a strip: of the cell `column` of some row to a partial sum of one of the strip's rows.
 struct Addition {
@@ -75,19 +83,24 @@ struct StripPass {
   static constexpr int kPlaces = kRows * kSums;
 
   static constexpr int kWide = 2 * kReach + 1, kUnionRows = 2 * kReach + kRows;
+  static constexpr int kSourceRows = Plan::kApart == 0 ? kUnionRows : 2 * kUnionRows;  // behind the cells' the pairs'
 
-  // Calls `work(cell, place)` for every addition: the cell by number in the union of the rows' footprints.
+  // Calls `work(cell, place)` for every addition: the cell, or pair, by number in the union of the rows' footprints.
   template <class Work>
   static constexpr void ForAdditions(Work work) {
     const Stencil stencil = Plan::kBuilder.View();
     for (int row = 0; row < kRows; ++row) {
       size_t next = 0;
       for (int sum = 0; sum < kFirst + kSums; ++sum)
-        for (int i = 0; i < stencil.sums[static_cast<size_t>(sum)].count; ++i) {
-          const CellStep step = StepOver(stencil.cells[next++]);
-          if (sum < kFirst) continue;
-          work(static_cast<size_t>((step.row + kReach + row) * kWide + step.column + kReach),
-               row * kSums + sum - kFirst);
+        for (int left = stencil.sums[static_cast<size_t>(sum)].count; left > 0;) {
+          const int cell = stencil.cells[next];
+          const bool paired = Plan::kApart != 0 && left > 1 && stencil.cells[next + 1] == cell + Plan::kApart;
+          left -= paired ? 2 : 1;
+          next += paired ? 2 : 1;
+          const CellStep step = StepOver(cell);
+          const int source_row = step.row + kReach + row + (paired ? kUnionRows : 0);
+          if (sum >= kFirst)
+            work(static_cast<size_t>(source_row * kWide + step.column + kReach), row * kSums + sum - kFirst);
         }
     }
   }
@@ -100,12 +113,12 @@ struct StripPass {
 
   // In the order of the cells.
   struct Additions {
-    std::array<size_t, kUnionRows + 1> first{};  // by row of the union
+    std::array<size_t, kSourceRows + 1> first{};  // by row
     std::array<Addition, CountAdditions()> of{};
   };
 
   static constexpr Additions MakeAdditions() {
-    std::array<size_t, kUnionRows * kWide + 1> start{};  // by cell
+    std::array<size_t, kSourceRows * kWide + 1> start{};  // by cell
     ForAdditions([&start](size_t cell, int) { ++start[cell + 1]; });
     for (size_t cell = 1; cell < start.size(); ++cell) start[cell] += start[cell - 1];
     Additions additions;
@@ -130,18 +143,23 @@ struct StripPass {
      ...);
   }
 
+  [[gnu::always_inline]] static inline const int32_t* SourceRow(const int32_t* cells, const int32_t* pairs, int row) {
+    return row < kUnionRows ? cells + CellsTo(row - kReach, 0) : pairs + (row - kUnionRows - kReach) * kPairStride;
+  }
+
   template <size_t... kRow>
-  [[gnu::always_inline]] static inline void AddRows(std::index_sequence<kRow...>, const int32_t* from,
-                                                    Vector (&sums)[kPlaces]) {
+  [[gnu::always_inline]] static inline void AddRows(std::index_sequence<kRow...>, const int32_t* cells,
+                                                    const int32_t* pairs, Vector (&sums)[kPlaces]) {
     (AddRow<kAdditions.first[kRow]>(std::make_index_sequence<kAdditions.first[kRow + 1] - kAdditions.first[kRow]>(),
-                                    from + CellsTo(static_cast<int>(kRow) - kReach, 0), sums),
+                                    SourceRow(cells, pairs, static_cast<int>(kRow)), sums),
      ...);
   }
 
-  [[gnu::always_inline]] static inline void AddTotals(const int32_t* from, Vector (&totals)[kRows]) {
+  [[gnu::always_inline]] static inline void AddTotals(const int32_t* cells, const int32_t* pairs,
+                                                      Vector (&totals)[kRows]) {
     constexpr Stencil kStencil = Plan::kBuilder.View();
     Vector sums[kPlaces] = {};
-    AddRows(std::make_index_sequence<kUnionRows>(), from, sums);
+    AddRows(std::make_index_sequence<kSourceRows>(), cells, pairs, sums);
     for (int row = 0; row < kRows; ++row)
       for (int sum = 0; sum < kSums; ++sum)
         totals[row] += Shifted(sums[row * kSums + sum], kStencil.sums[static_cast<size_t>(kFirst + sum)].shift);
@@ -149,47 +167,96 @@ struct StripPass {
 };
 
 template <class Shape, int... kPass>
-[[gnu::always_inline]] inline void AddPasses(std::integer_sequence<int, kPass...>, const int32_t* from,
-                                             Vector (&totals)[StripPlan<Shape>::kRows]) {
-  (StripPass<Shape, kPass>::AddTotals(from, totals), ...);
+[[gnu::always_inline]] inline void AddPasses(std::integer_sequence<int, kPass...>, const int32_t* cells,
+                                             const int32_t* pairs, Vector (&totals)[StripPlan<Shape>::kRows]) {
+  (StripPass<Shape, kPass>::AddTotals(cells, pairs, totals), ...);
 }
 
 // One vector of each row of a strip.
 template <class Shape>
-void RunStrip(const Stencil& stencil, const int32_t* from, int32_t* to) {
+void RunStrip(const Stencil& stencil, const int32_t* cells, const int32_t* pairs, int32_t* to) {
   constexpr int kRows = StripPlan<Shape>::kRows;
   Vector totals[kRows] = {};
-  AddPasses<Shape>(std::make_integer_sequence<int, StripPlan<Shape>::kPasses>(), from, totals);
+  AddPasses<Shape>(std::make_integer_sequence<int, StripPlan<Shape>::kPasses>(), cells, pairs, totals);
   for (int row = 0; row < kRows; ++row) Store(to + row * kTileSize, Normalised(stencil, totals[row]));
 }
 
 // The strip of a shape; no rows where there is none or it gains nothing.
 struct Strip {
-  int rows = 0;
-  void (*run)(const Stencil& stencil, const int32_t* from, int32_t* to) = nullptr;
+  int rows = 0, reach = 0, apart = 0;
+  void (*run)(const Stencil& stencil, const int32_t* cells, const int32_t* pairs, int32_t* to) = nullptr;
 };
 
 template <class Shape, int kWidth>
 constexpr Strip MakeStrip() {
   if constexpr (kWidth <= kGreatestStripWidth)
-    if constexpr (StripPlan<Shape>::kRows > 1) return {StripPlan<Shape>::kRows, RunStrip<Shape>};
+    if constexpr (StripPlan<Shape>::kRows > 1)
+      return {StripPlan<Shape>::kRows, Shape::kReach, Shape::kApart, RunStrip<Shape>};
   return {};
 }
 
-// The last strip and the last vector overlap those before them.
+// Calls `work(start, size)` for parts of 0 .. whole - 1 of at most `most` and at least `least`; the last one overlaps the
+// one before it where it would be smaller.
+template <class Work>
+inline void ForParts(int whole, int most, int least, Work work) {
+  for (int done = 0; done < whole; done += most) {
+    const int start = std::min(done, whole - least);
+    work(start, std::min(most, whole - start));
+  }
+}
+
+// Strips over an area; `pairs` lie as the cells do, but for their stride.
+inline void RunBlock(const Strip& strip, const Stencil& stencil, const int32_t* cells, const int32_t* pairs,
+                     int32_t* to, Extent extent) {
+  ForParts(extent.rows, strip.rows, strip.rows, [&](int row, int) {
+    const int32_t *cell_row = cells + row * kTileSize, *pair_row = pairs + row * kPairStride;
+    ForParts(extent.columns, kLanes, kLanes, [&](int column, int) {
+      strip.run(stencil, cell_row + column, pair_row + column, to + row * kTileSize + column);
+    });
+  });
+}
+
+// The pairs of all cells that the stencils of a small area reach.
+class PairBlock {
+ public:
+  static constexpr int kRows = 2 * kAreaRows, kColumns = 64;  // of the area, at most
+
+  // `cells`: the first cell of the area.
+  PairBlock(const Strip& strip, const int32_t* cells, Extent extent) {
+    const int count = extent.columns + 2 * strip.reach - strip.apart;
+    for (int row = -strip.reach; row < extent.rows + strip.reach; ++row) {
+      const int32_t* from = cells + row * kTileSize - strip.reach;
+      int32_t* to = pairs_ + At(row, -strip.reach);
+      ForParts(count, kLanes, kLanes,
+               [&](int column, int) { Store(to + column, Load(from + column) + Load(from + column + strip.apart)); });
+    }
+  }
+
+  const int32_t* first() const { return pairs_ + At(0, 0); }
+
+ private:
+  static constexpr int kMostReach = 10;
+  static_assert(kColumns + 2 * kMostReach <= kPairStride);
+
+  static constexpr int At(int row, int column) { return (row + kMostReach) * kPairStride + column + kMostReach; }
+
+  int32_t pairs_[(kRows + 2 * kMostReach) * kPairStride];
+};
+
 inline void RunStrips(const Strip& strip, const Stencil& stencil, const int32_t* from, int32_t* to, Extent extent) {
   if (strip.rows == 0 || extent.rows < strip.rows || extent.columns < kLanes) {
     for (int row = 0; row < extent.rows; ++row)
       StencilRow(stencil, from + row * kTileSize, to + row * kTileSize, extent.columns);
     return;
   }
-  for (int done = 0; done < extent.rows; done += strip.rows) {
-    const int row = (done + strip.rows <= extent.rows ? done : extent.rows - strip.rows) * kTileSize;
-    for (int column = 0; column < extent.columns; column += kLanes) {
-      const int cell = row + (column + kLanes <= extent.columns ? column : extent.columns - kLanes);
-      strip.run(stencil, from + cell, to + cell);
-    }
-  }
+  if (strip.apart == 0) return RunBlock(strip, stencil, from, from, to, extent);
+  ForParts(extent.rows, PairBlock::kRows, strip.rows, [&](int row, int rows) {
+    ForParts(extent.columns, PairBlock::kColumns, kLanes, [&](int column, int columns) {
+      const int cell = row * kTileSize + column;
+      const PairBlock pairs(strip, from + cell, {rows, columns});
+      RunBlock(strip, stencil, from + cell, pairs.first(), to + cell, {rows, columns});
+    });
+  });
 }
 
 }  // namespace kelvo::KELVO_TARGET

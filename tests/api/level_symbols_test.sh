@@ -6,7 +6,7 @@
 set -euo pipefail
 level=$1
 shift
-own="^_ZN?K?5kelvo${#level}${level}[0-9]"
+own="^_Z+N?K?5kelvo${#level}${level}[0-9]"  # more than one Z: what is local to a function, a lambda
 thunk='^__x86\.get_pc_thunk\.'  # where 32-bit code stands in memory; no vectors
 symbols=$(nm -g --defined-only "$@" | awk 'NF == 3 {print $3}')
 grep -qE "$own" <<< "$symbols" || { echo "no symbol of $level in: $*"; exit 1; }

@@ -71,18 +71,24 @@ constexpr auto EitherRim(const CellClass (&first)[n], const CellClass (&second)[
   };
 }
 
-// Full cells are dealt to partial sums of at most 32 cells; a rim cell of 3/4 counts in the sum of the halves and in
-// that of the quarters.
-constexpr DiscBuilder MakeDisc(const DiscRow& disc) {
-  const auto full = [&](int row, int column) { return row * row + column * column <= disc.squared_radius; };
+constexpr bool IsFull(const DiscRow& disc, int row, int column) {
+  return row * row + column * column <= disc.squared_radius;
+}
+
+// To how many partial sums of at most 32 cells the full cells are dealt.
+constexpr int Hands(const DiscRow& disc) {
   int cells = 0;
   for (int row = -DiscBuilder::kReach; row <= DiscBuilder::kReach; ++row)
-    for (int column = -DiscBuilder::kReach; column <= DiscBuilder::kReach; ++column) cells += full(row, column) ? 1 : 0;
+    for (int column = -DiscBuilder::kReach; column <= DiscBuilder::kReach; ++column)
+      cells += IsFull(disc, row, column) ? 1 : 0;
   const int fewest = (cells + 31) / 32;
-  const int hands = cells < 10 ? 1 : fewest > 2 ? fewest : 2;
+  return cells < 10 ? 1 : fewest > 2 ? fewest : 2;
+}
 
+// A rim cell of 3/4 counts in the sum of the halves and in that of the quarters.
+constexpr DiscBuilder MakeDisc(const DiscRow& disc) {
   DiscBuilder builder;
-  builder.Deal(hands, disc.unit, full);
+  builder.Deal(Hands(disc), disc.unit, [&](int row, int column) { return IsFull(disc, row, column); });
   if (disc.half[0].b != 0 || disc.three_quarters[0].b != 0)
     builder.Deal(1, disc.unit + 1, EitherRim(disc.half, disc.three_quarters));
   if (disc.quarter[0].b != 0 || disc.three_quarters[0].b != 0)
