@@ -7,6 +7,7 @@
 #include "motion/step_sweep.h"
 #include "stages/lane_search.h"
 #include "stages/misfit_lanes.h"
+#include "stages/search_turns.h"
 #include "stages/weight_lanes.h"
 
 namespace kelvo::KELVO_TARGET {
@@ -189,26 +190,22 @@ class StepLanes {
   Vector fallen_[StepSide::kMax], lacks_[StepSide::kMax];
 };
 
-// A vector of cells under search. The last of a row overlaps the one before it and keeps that one's codes.
+// A vector of cells under search, for SearchInTurns.
 template <int kShape>
 class StepGroup {
  public:
-  StepGroup(const StepSweep& sweep, const LaneAmounts& amounts, const LaneCoder& coder, const Window& window)
-      : sweep_(sweep), coder_(coder), window_(window), trial_(sweep, amounts), search_(trial_) {}
-
-  static int CountInRow(const Window& window) { return (window.columns() + kLanes - 1) / kLanes; }
+  StepGroup(const StepSweep& sweep, const LaneAmounts& amounts, const LaneCoder& coder, const WindowVectors& vectors)
+      : sweep_(sweep), coder_(coder), vectors_(vectors), trial_(sweep, amounts), search_(trial_) {}
 
   bool Begin(int number) {
-    const int in_row = CountInRow(window_), row = window_.first_row + number / in_row;
-    const int first = number % in_row * kLanes, at = Lesser(first, window_.columns() - kLanes);
-    const int cell = CellsTo(row, window_.first_column + at);
-    skip_ = first - at;
+    const auto [row, column, skip] = vectors_.At(number);
+    const int cell = CellsTo(row, column);
     codes_ = sweep_.codes + cell;
+    skip_ = skip;
     was_ = Load(codes_);
     const Vector previous = LaneCoder::Previous(was_), unit = coder_.Units(previous);
     if (!IsTame(sweep_, unit)) {
-      const int column = window_.first_column + at;
-      plain::MoveSteps(sweep_, {row, row + 1, column + skip_, column + kLanes});
+      plain::MoveSteps(sweep_, {row, row + 1, column + skip, column + kLanes});
       return false;
     }
     trial_.Read(cell, unit);
@@ -224,13 +221,11 @@ class StepGroup {
   }
 
  private:
-  static int Lesser(int a, int b) { return a < b ? a : b; }
-
   const StepSweep& sweep_;
   const LaneCoder& coder_;
-  const Window& window_;
+  const WindowVectors& vectors_;
   int32_t* codes_ = nullptr;
-  int skip_ = 0;  // lanes whose codes the vector before has
+  int skip_ = 0;
   Vector was_;
   StepLanes<kShape> trial_;
   LaneSearch<StepLanes<kShape>> search_;
@@ -239,8 +234,9 @@ class StepGroup {
 template <int kShape>
 void SearchWindow(const StepSweep& sweep, const LaneAmounts& amounts, const LaneCoder& coder, const Window& window) {
   using Group = StepGroup<kShape>;
-  Group groups[] = {Group(sweep, amounts, coder, window), Group(sweep, amounts, coder, window)};
-  SearchInTurns(groups, window.rows() * Group::CountInRow(window));
+  const WindowVectors vectors(window, 1);
+  Group groups[] = {Group(sweep, amounts, coder, vectors), Group(sweep, amounts, coder, vectors)};
+  SearchInTurns(groups, vectors.count());
 }
 
 using WindowSearch = void (*)(const StepSweep&, const LaneAmounts&, const LaneCoder&, const Window&);

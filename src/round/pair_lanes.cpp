@@ -6,6 +6,7 @@
 
 #include "round/pair_waves.h"
 #include "stages/misfit_lanes.h"
+#include "stages/search_turns.h"
 
 namespace kelvo::KELVO_TARGET {
 namespace {
@@ -48,23 +49,19 @@ void StoreCodes(int32_t* codes, Vector coded, int skip) {
   for (int i = skip; i < kLanes; ++i) codes[kStride * i] = static_cast<int32_t>(coded[i]);
 }
 
-// A vector of pairs under search. The last of a row overlaps the one before it and keeps that one's codes.
+// A vector of pairs under search, for SearchInTurns.
 template <int kStride>
 class PairGroup {
  public:
-  PairGroup(const PairMoves& moves, const PairSweep& sweep, const PairAmounts& amounts, const LaneCoder& coder,
+  PairGroup(const PairSweep& sweep, const PairAmounts& amounts, const LaneCoder& coder, const WindowVectors& vectors,
             bool tame)
-      : moves_(moves), sweep_(sweep), coder_(coder), trial_(sweep, amounts), search_(trial_), tame_(tame) {}
-
-  static int CountInRow(const PairMoves& moves) { return (moves.PairsInRow() + kLanes - 1) / kLanes; }
+      : sweep_(sweep), coder_(coder), vectors_(vectors), trial_(sweep, amounts), search_(trial_), tame_(tame) {}
 
   bool Begin(int number) {
-    const int in_row = CountInRow(moves_), first = number % in_row * kLanes;
-    const int at = std::min(first, moves_.PairsInRow() - kLanes);
-    const int cell =
-        CellsTo(moves_.window.first_row + kStride * (number / in_row), moves_.window.first_column + kStride * at);
-    skip_ = first - at;
+    const WindowVectors::Place place = vectors_.At(number);
+    const int cell = CellsTo(place.row, place.column);
     codes_ = sweep_.codes + cell;
+    skip_ = place.skip;
     was_ = LoadCodes<kStride>(codes_);
     const Vector previous = LaneCoder::Previous(was_);
     trial_.Read(RowCells<kStride>(sweep_, cell), coder_.Units(previous), tame_);
@@ -77,11 +74,11 @@ class PairGroup {
   void Finish() const { StoreCodes<kStride>(codes_, coder_.Coded(was_, search_.units()), skip_); }
 
  private:
-  const PairMoves& moves_;
   const PairSweep& sweep_;
   const LaneCoder& coder_;
+  const WindowVectors& vectors_;
   int32_t* codes_ = nullptr;
-  int skip_ = 0;  // lanes whose codes the vector before has
+  int skip_ = 0;
   Vector was_;
   PairLanes trial_;
   LaneSearch<PairLanes> search_;
@@ -92,9 +89,9 @@ template <int kStride>
 void SearchFamily(const PairMoves& moves, const PairSweep& sweep, const LaneCoder& coder, bool tame) {
   using Group = PairGroup<kStride>;
   const PairAmounts amounts(*sweep.model);
-  Group groups[] = {Group(moves, sweep, amounts, coder, tame), Group(moves, sweep, amounts, coder, tame)};
-  const int rows = (moves.window.rows() + kStride - 1) / kStride;
-  SearchInTurns(groups, rows * Group::CountInRow(moves));
+  const WindowVectors vectors(moves.window, kStride);
+  Group groups[] = {Group(sweep, amounts, coder, vectors, tame), Group(sweep, amounts, coder, vectors, tame)};
+  SearchInTurns(groups, vectors.count());
 }
 
 // How far the pairs of all families reach, and over how many columns.

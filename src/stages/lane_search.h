@@ -98,31 +98,6 @@ class LaneSearch {
   bool halve_ = false;
 };
 
-// Searches `count` vectors of cells, some at a time: a trial waits for the one before it, but not for those of other
-// vectors, and the processor works on both. A Group searches one vector after the other:
-//   bool Begin(int number)   returns whether there is anything to search
-//   bool Step()              returns whether anything is left to search
-//   void Finish()            codes what was found
-template <class Group, size_t kGroups>
-void SearchInTurns(Group (&groups)[kGroups], int count) {
-  int next = 0;
-  const auto begin = [&](Group& group) {
-    while (next < count)
-      if (group.Begin(next++)) return true;
-    return false;
-  };
-  bool running[kGroups];
-  size_t left = 0;
-  for (size_t i = 0; i < kGroups; ++i) left += running[i] = begin(groups[i]);
-  while (left > 0)
-    for (size_t i = 0; i < kGroups; ++i) {
-      if (!running[i] || groups[i].Step()) continue;
-      groups[i].Finish();
-      running[i] = begin(groups[i]);
-      left -= !running[i];
-    }
-}
-
 // What the cells of a row have in common: the units of the step codes 0..15, -16..-1, and how moves are coded.
 class LaneCoder {
  public:

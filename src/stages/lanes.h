@@ -231,23 +231,49 @@ inline uint32_t SumOfLanes(Vector v) {
 #endif
 }
 
+#if defined(__SSE2__)
+using WideVector = uint64_t __attribute__((vector_size(kVectorBytes)));
+
+// The odd lanes in the place of the even ones.
+inline Vector OddAsEven(Vector v) {
+  return reinterpret_cast<Vector>(reinterpret_cast<WideVector>(v) >> 32);
+}
+
+// The products of the even lanes, of 64 bits.
+inline Vector MulEven(Vector a, Vector b) {
+#if defined(__AVX512F__)
+  return reinterpret_cast<Vector>(_mm512_mul_epu32(reinterpret_cast<__m512i>(a), reinterpret_cast<__m512i>(b)));
+#elif defined(__AVX2__)
+  return reinterpret_cast<Vector>(_mm256_mul_epu32(reinterpret_cast<__m256i>(a), reinterpret_cast<__m256i>(b)));
+#else
+  return reinterpret_cast<Vector>(_mm_mul_epu32(reinterpret_cast<__m128i>(a), reinterpret_cast<__m128i>(b)));
+#endif
+}
+
+// The even lanes of one vector, whose others are 0, and the odd ones of another.
+inline Vector EvenAndOdd(Vector even, Vector odd) {
+#if defined(__AVX512F__)
+  return reinterpret_cast<Vector>(
+      _mm512_mask_blend_epi32(0xAAAA, reinterpret_cast<__m512i>(even), reinterpret_cast<__m512i>(odd)));
+#elif defined(__AVX2__)
+  return reinterpret_cast<Vector>(
+      _mm256_blend_epi32(reinterpret_cast<__m256i>(even), reinterpret_cast<__m256i>(odd), 0xAA));
+#else
+  return even | (odd & Vector{0, ~0u, 0, ~0u});
+#endif
+}
+
+// High halves of the unsigned products of b and a number per lane: in the even lanes of `even` and, for the odd ones of b,
+// those of `odd`.
+inline Vector MulHigh(Vector even, Vector odd, Vector b) {
+  return EvenAndOdd(OddAsEven(MulEven(even, b)), MulEven(odd, OddAsEven(b)));
+}
+#endif
+
 // High halves of the unsigned products.
 inline Vector MulHigh(Vector a, Vector b) {
-#if defined(__AVX512F__)
-  const __m512i x = reinterpret_cast<__m512i>(a), y = reinterpret_cast<__m512i>(b);
-  const __m512i even = _mm512_srli_epi64(_mm512_mul_epu32(x, y), 32);
-  const __m512i odd = _mm512_mul_epu32(_mm512_srli_epi64(x, 32), _mm512_srli_epi64(y, 32));
-  return reinterpret_cast<Vector>(_mm512_mask_blend_epi32(0xAAAA, even, odd));
-#elif defined(__AVX2__)
-  const __m256i x = reinterpret_cast<__m256i>(a), y = reinterpret_cast<__m256i>(b);
-  const __m256i even = _mm256_srli_epi64(_mm256_mul_epu32(x, y), 32);
-  const __m256i odd = _mm256_mul_epu32(_mm256_srli_epi64(x, 32), _mm256_srli_epi64(y, 32));
-  return reinterpret_cast<Vector>(_mm256_blend_epi32(even, odd, 0xAA));
-#elif defined(__SSE2__)
-  const __m128i x = reinterpret_cast<__m128i>(a), y = reinterpret_cast<__m128i>(b);
-  const __m128i even = _mm_srli_epi64(_mm_mul_epu32(x, y), 32);
-  const __m128i odd = _mm_mul_epu32(_mm_srli_epi64(x, 32), _mm_srli_epi64(y, 32));
-  return reinterpret_cast<Vector>(_mm_or_si128(even, _mm_and_si128(odd, _mm_set_epi32(-1, 0, -1, 0))));
+#if defined(__SSE2__)
+  return MulHigh(a, OddAsEven(a), b);
 #elif defined(__ARM_NEON)
   const uint32x4_t x = reinterpret_cast<uint32x4_t>(a), y = reinterpret_cast<uint32x4_t>(b);
   const uint32x4_t low = vreinterpretq_u32_u64(vmull_u32(vget_low_u32(x), vget_low_u32(y)));

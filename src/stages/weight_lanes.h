@@ -19,21 +19,8 @@ struct Weights {
 
 // High halves of the products.
 inline Vector Weighed(const Weights& weights, Vector v) {
-#if defined(__AVX512F__)
-  const __m512i x = reinterpret_cast<__m512i>(v);
-  const __m512i even = _mm512_srli_epi64(_mm512_mul_epu32(reinterpret_cast<__m512i>(weights.even), x), 32);
-  const __m512i odd = _mm512_mul_epu32(reinterpret_cast<__m512i>(weights.odd), _mm512_srli_epi64(x, 32));
-  return reinterpret_cast<Vector>(_mm512_mask_blend_epi32(0xAAAA, even, odd));
-#elif defined(__AVX2__)
-  const __m256i x = reinterpret_cast<__m256i>(v);
-  const __m256i even = _mm256_srli_epi64(_mm256_mul_epu32(reinterpret_cast<__m256i>(weights.even), x), 32);
-  const __m256i odd = _mm256_mul_epu32(reinterpret_cast<__m256i>(weights.odd), _mm256_srli_epi64(x, 32));
-  return reinterpret_cast<Vector>(_mm256_blend_epi32(even, odd, 0xAA));
-#elif defined(__SSE2__)
-  const __m128i x = reinterpret_cast<__m128i>(v);
-  const __m128i even = _mm_srli_epi64(_mm_mul_epu32(reinterpret_cast<__m128i>(weights.even), x), 32);
-  const __m128i odd = _mm_mul_epu32(reinterpret_cast<__m128i>(weights.odd), _mm_srli_epi64(x, 32));
-  return reinterpret_cast<Vector>(_mm_or_si128(even, _mm_and_si128(odd, _mm_set_epi32(-1, 0, -1, 0))));
+#if defined(__SSE2__)
+  return MulHigh(weights.even, weights.odd, v);
 #else
   return MulHigh(weights.all, v);
 #endif
