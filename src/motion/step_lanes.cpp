@@ -51,7 +51,8 @@ struct LaneAmounts {
 template <int kShape>
 class StepLanes {
  public:
-  StepLanes(const StepSweep& sweep, const LaneAmounts& amounts) : sweep_(sweep), amounts_(amounts) {}
+  StepLanes(const StepSweep& sweep, const LaneAmounts& amounts)
+      : sweep_(sweep), amounts_(amounts), estimate_(sweep.estimate), floor_(sweep.floor) {}
 
   // Reads the cells `cell`, `cell + 1`, ..
   void Read(int cell, Vector unit) {
@@ -181,7 +182,7 @@ class StepLanes {
 
   const StepSweep& sweep_;
   const LaneAmounts& amounts_;
-  const int32_t *estimate_ = nullptr, *floor_ = nullptr;  // at the first cell
+  const int32_t *estimate_, *floor_;  // at the first cell
   Vector unit_;
   Vector moves_[kTaps];   // of one unit, of every first tap
   Vector around_[kTaps];  // sums of the neighbours that do not move
