@@ -103,8 +103,13 @@ test_rare_formats() {
   same_pixels rare-out.png named-out.png
   run 0 blur rgb.png -o rgb-out.jxl --width 3
   has rgb-out.jxl vips-loader jxlload
+  run 0 blur rgb.png --format jxl --output-dir rare-out --width 3
+  has rare-out/rgb.jxl vips-loader jxlload
   LD_DEBUG=files LD_DEBUG_OUTPUT=loaded-rare run 0 blur rgb.png -o rgb-out.jxl --width 3 --force
   holds "modules are loaded for a rare format" grep -q vips-modules loaded-rare.*
+  cp photo.jpg large.jpg && truncate -s 65M large.jpg
+  LD_DEBUG=files LD_DEBUG_OUTPUT=loaded-large run 0 blur large.jpg -o large-out.jpg --width 3
+  holds "modules are loaded for a large file, which may be a slide" grep -q vips-modules loaded-large.*
   LD_DEBUG=files LD_DEBUG_OUTPUT=loaded-plain run 0 blur photo.jpg rgb.png deep.tif --output-dir plain-out --width 3
   holds "the loader told what it loads" grep -q libvips loaded-plain.*
   checks=$((checks + 1))
