@@ -166,13 +166,13 @@ class StepLanes {
     const StepSide &rising = sweep_.model->rising, &falling = sweep_.model->falling;
     const Vector small = AsSmall(scaled);
     Vector fallen{}, lacks{};
-    ForPairs(rising.count, [&](int i) {
+    UnrolledByTwo(rising.count, [&](int i) {
       const Vector step = Product(small, amounts_.rising[i]);
       lacks += Greater(lacks_[i], step);
       if constexpr (kMirrored) fallen += Greater(fallen_[i], step);
     });
     if constexpr (!kMirrored)
-      ForPairs(falling.count, [&](int i) { fallen += Greater(fallen_[i], Product(small, amounts_.falling[i])); });
+      UnrolledByTwo(falling.count, [&](int i) { fallen += Greater(fallen_[i], Product(small, amounts_.falling[i])); });
     const auto misfit = [&](const StepSide& side, Vector over, Vector total) {
       return (over << 1) - total - scaled * static_cast<uint32_t>(side.total_amount);
     };
@@ -191,53 +191,17 @@ class StepLanes {
   Vector fallen_[StepSide::kMax], lacks_[StepSide::kMax];
 };
 
-// A vector of cells under search, for SearchInTurns.
-template <int kShape>
-class StepGroup {
- public:
-  StepGroup(const StepSweep& sweep, const LaneAmounts& amounts, const LaneCoder& coder, const WindowVectors& vectors)
-      : sweep_(sweep), coder_(coder), vectors_(vectors), trial_(sweep, amounts), search_(trial_) {}
-
-  bool Begin(int number) {
-    const auto [row, column, skip] = vectors_.At(number);
-    const int cell = CellsTo(row, column);
-    codes_ = sweep_.codes + cell;
-    skip_ = skip;
-    was_ = Load(codes_);
-    const Vector previous = LaneCoder::Previous(was_), unit = coder_.Units(previous);
-    if (!IsTame(sweep_, unit)) {
-      plain::MoveSteps(sweep_, {row, row + 1, column + skip, column + kLanes});
-      return false;
-    }
-    trial_.Read(cell, unit);
-    search_.Begin(All(~0u), coder_.FirstSign(previous), HalvesOnReversal(sweep_));
-    return true;
-  }
-
-  bool Step() { return search_.Step(); }
-
-  void Finish() const {
-    const Vector coded = coder_.Coded(was_, search_.units());
-    for (int i = skip_; i < kLanes; ++i) codes_[i] = static_cast<int32_t>(coded[i]);
-  }
-
- private:
-  const StepSweep& sweep_;
-  const LaneCoder& coder_;
-  const WindowVectors& vectors_;
-  int32_t* codes_ = nullptr;
-  int skip_ = 0;
-  Vector was_;
-  StepLanes<kShape> trial_;
-  LaneSearch<StepLanes<kShape>> search_;
-};
-
 template <int kShape>
 void SearchWindow(const StepSweep& sweep, const LaneAmounts& amounts, const LaneCoder& coder, const Window& window) {
-  using Group = StepGroup<kShape>;
-  const WindowVectors vectors(window, 1);
-  Group groups[] = {Group(sweep, amounts, coder, vectors), Group(sweep, amounts, coder, vectors)};
-  SearchInTurns(groups, vectors.count());
+  using Trial = StepLanes<kShape>;
+  SearchVectors<Trial, 1>(sweep, amounts, coder, window, [&](Trial& trial, WindowVectors::Place place, Vector unit) {
+    const bool tame = IsTame(sweep, unit);
+    if (tame)
+      trial.Read(CellsTo(place.row, place.column), unit);
+    else
+      plain::MoveSteps(sweep, {place.row, place.row + 1, place.column + place.skip, place.column + kLanes});
+    return tame;
+  });
 }
 
 using WindowSearch = void (*)(const StepSweep&, const LaneAmounts&, const LaneCoder&, const Window&);

@@ -40,58 +40,14 @@ class RowCells {
 };
 
 template <int kStride>
-Vector LoadCodes(const int32_t* codes) {
-  return kStride == 1 ? Load(codes) : LoadEven(codes);
-}
-
-template <int kStride>
-void StoreCodes(int32_t* codes, Vector coded, int skip) {
-  for (int i = skip; i < kLanes; ++i) codes[kStride * i] = static_cast<int32_t>(coded[i]);
-}
-
-// A vector of pairs under search, for SearchInTurns.
-template <int kStride>
-class PairGroup {
- public:
-  PairGroup(const PairSweep& sweep, const PairAmounts& amounts, const LaneCoder& coder, const WindowVectors& vectors,
-            bool tame)
-      : sweep_(sweep), coder_(coder), vectors_(vectors), trial_(sweep, amounts), search_(trial_), tame_(tame) {}
-
-  bool Begin(int number) {
-    const WindowVectors::Place place = vectors_.At(number);
-    const int cell = CellsTo(place.row, place.column);
-    codes_ = sweep_.codes + cell;
-    skip_ = place.skip;
-    was_ = LoadCodes<kStride>(codes_);
-    const Vector previous = LaneCoder::Previous(was_);
-    trial_.Read(RowCells<kStride>(sweep_, cell), coder_.Units(previous), tame_);
-    search_.Begin(All(~0u), coder_.FirstSign(previous), HalvesOnReversal(sweep_));
-    return true;
-  }
-
-  bool Step() { return search_.Step(); }
-
-  void Finish() const { StoreCodes<kStride>(codes_, coder_.Coded(was_, search_.units()), skip_); }
-
- private:
-  const PairSweep& sweep_;
-  const LaneCoder& coder_;
-  const WindowVectors& vectors_;
-  int32_t* codes_ = nullptr;
-  int skip_ = 0;
-  Vector was_;
-  PairLanes trial_;
-  LaneSearch<PairLanes> search_;
-  bool tame_;
-};
-
-template <int kStride>
 void SearchFamily(const PairMoves& moves, const PairSweep& sweep, const LaneCoder& coder, bool tame) {
-  using Group = PairGroup<kStride>;
   const PairAmounts amounts(*sweep.model);
-  const WindowVectors vectors(moves.window, kStride);
-  Group groups[] = {Group(sweep, amounts, coder, vectors, tame), Group(sweep, amounts, coder, vectors, tame)};
-  SearchInTurns(groups, vectors.count());
+  SearchVectors<PairLanes, kStride>(sweep, amounts, coder, moves.window,
+                                    [&](PairLanes& trial, WindowVectors::Place place, Vector unit) {
+                                      const RowCells<kStride> cells(sweep, CellsTo(place.row, place.column));
+                                      trial.Read(cells, unit, tame);
+                                      return true;
+                                    });
 }
 
 // How far the pairs of all families reach, and over how many columns.

@@ -97,7 +97,7 @@ class PairLanes {
     const SmoothnessPlaces places = Places(a, b);
     Vector over_a{}, over_b{}, rough_a{}, rough_b{};
     const Vector small = AsSmall(scaled);
-    ForPairs(model_.side, [&](int i) {
+    UnrolledByTwo(model_.side, [&](int i) {
       const Vector step = Product(small, amounts_.of[i]);
       over_a += Greater(residual_a_[i], step);
       over_b += Greater(lack_b_[i], step);

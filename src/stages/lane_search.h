@@ -16,7 +16,7 @@ namespace kelvo::KELVO_TARGET {
 
 // body(0), body(1), .. body(count - 1), two at a time; where `count` is odd body(count) too, which is to be padding.
 template <class Body>
-[[gnu::always_inline]] inline void ForPairs(int count, Body body) {
+[[gnu::always_inline]] inline void UnrolledByTwo(int count, Body body) {
   for (int i = 0; i < count; i += 2) {
     body(i);
     body(i + 1);

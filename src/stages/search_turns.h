@@ -4,8 +4,7 @@
 
 #include <cstddef>
 
-#include "stages/lanes.h"
-#include "stages/move_sweep.h"
+#include "stages/lane_search.h"
 
 namespace kelvo::KELVO_TARGET {
 
@@ -38,29 +37,80 @@ class WindowVectors {
   int first_row_, first_column_, rows_, cells_, stride_;
 };
 
-// Searches `count` vectors of cells, some at a time: a trial waits for the one before it, but not for those of other
-// vectors, and the processor works on both. A Group searches one vector after the other:
-//   bool Begin(int number)   returns whether there is anything to search
-//   bool Step()              returns whether anything is left to search
-//   void Finish()            codes what was found
-template <class Group, size_t kGroups>
-void SearchInTurns(Group (&groups)[kGroups], int count) {
+// One vector of cells after the other under search, the cells kStride columns apart.
+template <class Trial, int kStride, class Read>
+class VectorSearch {
+ public:
+  template <class Sweep, class Amounts>
+  VectorSearch(const Sweep& sweep, const Amounts& amounts, const LaneCoder& coder, const WindowVectors& vectors,
+               Read read)
+      : sweep_(sweep), coder_(coder), vectors_(vectors), read_(read), trial_(sweep, amounts), search_(trial_) {}
+
+  // Returns whether there is anything to search.
+  bool Begin(int number) {
+    const WindowVectors::Place place = vectors_.At(number);
+    codes_ = sweep_.codes + CellsTo(place.row, place.column);
+    skip_ = place.skip;
+    was_ = kStride == 1 ? Load(codes_) : LoadEven(codes_);
+    const Vector previous = LaneCoder::Previous(was_), unit = coder_.Units(previous);
+    if (!read_(trial_, place, unit)) return false;
+    search_.Begin(All(~0u), coder_.FirstSign(previous), HalvesOnReversal(sweep_));
+    return true;
+  }
+
+  // Returns whether anything is left to search.
+  bool Step() { return search_.Step(); }
+
+  // Codes what was found.
+  void Finish() const {
+    const Vector coded = coder_.Coded(was_, search_.units());
+    for (int i = skip_; i < kLanes; ++i) codes_[kStride * i] = Signed(coded[i]);
+  }
+
+ private:
+  const MoveSweep& sweep_;
+  const LaneCoder& coder_;
+  const WindowVectors& vectors_;
+  Read read_;
+  int32_t* codes_ = nullptr;
+  int skip_ = 0;
+  Vector was_;
+  Trial trial_;
+  LaneSearch<Trial> search_;
+};
+
+// Works through `count` vectors, some at a time: a trial waits for the one before it, but not for those of other vectors,
+// and the processor works on both.
+template <class Search, size_t kSearches>
+void SearchInTurns(Search (&searches)[kSearches], int count) {
   int next = 0;
-  const auto begin = [&](Group& group) {
+  const auto begin = [&](Search& search) {
     while (next < count)
-      if (group.Begin(next++)) return true;
+      if (search.Begin(next++)) return true;
     return false;
   };
-  bool running[kGroups];
+  bool running[kSearches];
   size_t left = 0;
-  for (size_t i = 0; i < kGroups; ++i) left += running[i] = begin(groups[i]);
+  for (size_t i = 0; i < kSearches; ++i) left += running[i] = begin(searches[i]);
   while (left > 0)
-    for (size_t i = 0; i < kGroups; ++i) {
-      if (!running[i] || groups[i].Step()) continue;
-      groups[i].Finish();
-      running[i] = begin(groups[i]);
+    for (size_t i = 0; i < kSearches; ++i) {
+      if (!running[i] || searches[i].Step()) continue;
+      searches[i].Finish();
+      running[i] = begin(searches[i]);
       left -= !running[i];
     }
+}
+
+// Searches the cells of a window, of every kStride-th row and column, and codes what it finds.
+//   bool read(Trial& trial, WindowVectors::Place place, Vector unit)   readies a trial of the vector there; returns
+//                                                                      whether it is to be searched
+template <class Trial, int kStride, class Sweep, class Amounts, class Read>
+void SearchVectors(const Sweep& sweep, const Amounts& amounts, const LaneCoder& coder, const Window& window,
+                   Read read) {
+  using Search = VectorSearch<Trial, kStride, Read>;
+  const WindowVectors vectors(window, kStride);
+  Search searches[] = {Search(sweep, amounts, coder, vectors, read), Search(sweep, amounts, coder, vectors, read)};
+  SearchInTurns(searches, vectors.count());
 }
 
 }  // namespace kelvo::KELVO_TARGET
